@@ -1,0 +1,53 @@
+// From exceptions of every origin to the text and identifier that the user is shown.
+#include "host/kwsh/failure.h"
+
+#include <new>
+
+#include "platform/user_exceptions.h"
+#include "runtime/messages/environment_messages.h"
+#include "runtime/text/encoding.h"
+
+namespace korvex::host {
+
+using foundation::core::except::Exception;
+using foundation::core::except::IException;
+using foundation::core::except::IMsgIDException;
+using foundation::core::except::IUserException;
+
+HostError::HostError(std::string_view key, std::u16string text)
+    : HostError(Failure{"KORVEX:host:" + std::string(key), std::move(text)}) {}
+
+HostError::HostError(Failure failure)
+    : failure_(std::move(failure)), narrowText_(runtime::text::toDisplayBytes(failure_.text)) {}
+
+Failure describeCurrentException() {
+    constexpr const char* unexpected = "KORVEX:host:unexpectedError";
+    try {
+        throw;
+    } catch (const HostError& error) {
+        return error.failure();
+    } catch (const IMsgIDException& error) {
+        return {error.get_error_id(), error.GetUnicodeMessageTxt()};
+    } catch (const IUserException& error) {
+        Failure failure{unexpected, {}};
+        error.convert_str(failure.text);
+        return failure;
+    } catch (const IException& error) {
+        return {unexpected, runtime::text::fromBytes(error.what())};
+    } catch (const std::bad_alloc&) {
+        return {"KORVEX:host:outOfMemory", u"There is not enough memory for this."};
+    } catch (const std::exception& error) {
+        return {unexpected, runtime::text::fromBytes(error.what())};
+    }
+}
+
+Failure interruptedFailure() {
+    const Exception<KORVEX::host::interrupted> error{KORVEX::host::interrupted()};
+    return {error.get_error_id(), error.GetUnicodeMessageTxt()};
+}
+
+void raiseUndefined(std::string_view name) {
+    throw Exception<KORVEX::UndefinedFunction>(KORVEX::UndefinedFunction(runtime::text::fromBytes(name)));
+}
+
+}  // namespace korvex::host

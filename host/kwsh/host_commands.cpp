@@ -1,0 +1,180 @@
+// The table of the host's commands and what they do.
+#include "host/kwsh/host_commands.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "host/kwsh/help.h"
+#include "platform/storage_vfs.h"
+#include "runtime/dispatcher/current_folder.h"
+#include "runtime/interpreter/output.h"
+#include "runtime/interpreter/warnings.h"
+#include "runtime/text/encoding.h"
+
+namespace korvex::host {
+namespace {
+
+using runtime::interpreter::writeOutput;
+namespace vfs = foundation::storage::vfs;
+
+using Outputs = std::vector<Value>;
+using Arguments = std::span<const Value>;
+
+constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
+
+std::u16string textArgument(const Value& argument) {
+    std::optional<std::u16string> text = scalarText(argument.get());
+    if (!text) {
+        throw HostError("badArgument", u"A character row or a string is needed, not a " +
+                                           sizeAndClassText(argument.get()) + u".");
+    }
+    return std::move(*text);
+}
+
+std::string nameArgument(const Value& argument) { return runtime::text::toDisplayBytes(textArgument(argument)); }
+
+Outputs oneText(std::u16string_view text) {
+    Outputs outputs;
+    outputs.push_back(makeText(text));
+    return outputs;
+}
+
+/// Text and identifier as outputs, or printed when no output is asked for.
+Outputs textAndIdentifier(const std::u16string& text, const std::string& identifier, int outputs) {
+    if (outputs == 0) {
+        if (!text.empty() || !identifier.empty()) {
+            writeOutput(text + u"\n  (" + widen(identifier) + u")\n");
+        }
+        return {};
+    }
+    Outputs values = oneText(text);
+    values.push_back(makeText(widen(identifier)));
+    return values;
+}
+
+// ------------------------------------------------------------------------------------ current folder
+
+std::u16string_view reasonOf(vfs::ErrorCode code) {
+    switch (code) {
+        case vfs::resourceNotFound: return u"there is no such folder";
+        case vfs::invalidLocation: return u"it is no folder";
+        case vfs::permissionDenied: return u"it may not be entered";
+        default: return u"the storage does not answer";
+    }
+}
+
+Outputs printFolder(Workspace&, int outputs, Arguments) {
+    const std::u16string folder = runtime::dispatcher::currentFolderPath();
+    if (outputs > 0) return oneText(folder);
+    writeOutput(folder + u"\n");
+    return {};
+}
+
+Outputs changeFolder(Workspace& workspace, int outputs, Arguments arguments) {
+    if (arguments.empty()) return printFolder(workspace, outputs, arguments);
+    const std::u16string folder = textArgument(arguments[0]);
+    try {
+        runtime::dispatcher::setCurrentFolderPath(folder);
+    } catch (const vfs::Exception& error) {
+        throw HostError("cannotChangeFolder", u"The current folder cannot become '" + folder + u"': " +
+                                                  std::u16string(reasonOf(error.getErrorCode())) + u".");
+    }
+    return outputs > 0 ? printFolder(workspace, outputs, {}) : Outputs();
+}
+
+// ------------------------------------------------------------------------------------ errors, warnings
+
+Outputs switchWarning(Workspace&, int, Arguments arguments) {
+    const std::u16string word = arguments.empty() ? std::u16string() : textArgument(arguments[0]);
+    if (word != u"on" && word != u"off") {
+        throw HostError("badArgument", u"'warning' needs 'on' or 'off', and may have an identifier behind it.");
+    }
+    runtime::interpreter::setWarningEnabled(arguments.size() > 1 ? nameArgument(arguments[1]) : "all",
+                                            word == u"on");
+    return {};
+}
+
+Outputs showLastError(Workspace& workspace, int outputs, Arguments) {
+    return textAndIdentifier(workspace.lastFailure.text, workspace.lastFailure.identifier, outputs);
+}
+
+Outputs showLastWarning(Workspace&, int outputs, Arguments) {
+    const runtime::interpreter::Warning& warning = runtime::interpreter::lastWarning();
+    return textAndIdentifier(warning.text, warning.identifier, outputs);
+}
+
+// ------------------------------------------------------------------------------------ variables
+
+Outputs listVariables(Workspace& workspace, int, Arguments) {
+    std::u16string names;
+    for (const auto& [name, value] : workspace.variables) names += widen(name) + u"\n";
+    writeOutput(names);
+    return {};
+}
+
+Outputs clearVariables(Workspace& workspace, int, Arguments arguments) {
+    if (arguments.empty()) workspace.variables.clear();
+    for (const Value& argument : arguments) workspace.variables.erase(nameArgument(argument));
+    return {};
+}
+
+// ------------------------------------------------------------------------------------ the rest
+
+Outputs showHelp(Workspace&, int, Arguments arguments) {
+    writeOutput(widen(arguments.empty() ? helpOverview() : helpOf(nameArgument(arguments[0]))));
+    return {};
+}
+
+Outputs requestExit(Workspace& workspace, int, Arguments) {
+    workspace.isExitRequested = true;
+    return {};
+}
+
+Outputs refuse(Workspace&, int, Arguments) {
+    throw HostError("notAvailable", u"This command is not available in this version.");
+}
+
+constexpr std::array commands = {
+    HostCommand{"addpath", 0, noLimit, refuse},
+    HostCommand{"cd", 1, 1, changeFolder},
+    HostCommand{"clear", 0, noLimit, clearVariables},
+    HostCommand{"exit", 0, 0, requestExit},
+    HostCommand{"functions", 0, noLimit, refuse},
+    HostCommand{"help", 0, 1, showHelp},
+    HostCommand{"lasterr", 2, 0, showLastError},
+    HostCommand{"lastwarn", 2, 0, showLastWarning},
+    HostCommand{"load", 0, noLimit, refuse},
+    HostCommand{"package", 0, noLimit, refuse},
+    HostCommand{"path", 0, noLimit, refuse},
+    HostCommand{"pwd", 1, 0, printFolder},
+    HostCommand{"quit", 0, 0, requestExit},
+    HostCommand{"rmpath", 0, noLimit, refuse},
+    HostCommand{"warning", 0, 2, switchWarning},
+    HostCommand{"who", 0, 0, listVariables},
+};
+static_assert(std::ranges::is_sorted(commands, {}, &HostCommand::name));
+
+}  // namespace
+
+const HostCommand* findHostCommand(std::string_view name) {
+    const auto found = std::ranges::lower_bound(commands, name, {}, &HostCommand::name);
+    return found != commands.end() && found->name == name ? &*found : nullptr;
+}
+
+std::vector<Value> callHostCommand(const HostCommand& command, Workspace& workspace, int outputs,
+                                   std::span<const Value> arguments) {
+    if (outputs > command.mostOutputs) {
+        // No output at all is what a call in the middle of an expression meets: it has a clearer text.
+        if (command.mostOutputs == 0 && outputs == 1) {
+            throw HostError("outputNotSet", u"'" + widen(command.name) + u"' gives no value.");
+        }
+        matrix::detail::error_maxlhs();
+    }
+    if (arguments.size() > command.mostArguments) matrix::detail::error_maxrhs();
+    std::vector<Value> values = command.run(workspace, outputs, arguments);
+    values.resize(static_cast<std::size_t>(std::max(1, outputs)));
+    return values;
+}
+
+}  // namespace korvex::host

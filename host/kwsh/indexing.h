@@ -1,0 +1,21 @@
+// Elements, contents and fields of arrays. Indexes count from 1.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "host/kwsh/values.h"
+
+namespace korvex::host {
+
+/// `array(k)`, `array(row, column, ...)`: one element as an array of the same class; the whole array without an
+/// index. Raises `HostError` "badIndex" or "indexOutOfRange".
+Value elementAt(const kxArray* array, std::span<const Value> indexes);
+
+/// `array{k}`: the content of one element of a cell array.
+Value contentAt(const kxArray* array, std::span<const Value> indexes);
+
+/// `structure.name` of a 1-by-1 structure.
+Value fieldOf(const kxArray* structure, const std::string& name);
+
+}  // namespace korvex::host

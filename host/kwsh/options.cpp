@@ -1,0 +1,111 @@
+// The table of options, and their reading by CLI11.
+#include "host/kwsh/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace korvex::host {
+namespace {
+
+struct OptionHelp {
+    std::string_view names;
+    std::string_view value;
+    std::string_view meaning;
+    std::string_view example;
+};
+
+constexpr OptionHelp scriptHelp{"", "FILE.k", "run a script; - is standard input", "kwsh clean.k"};
+constexpr OptionHelp statementHelp{"-e", "STATEMENTS", "run a text; may be given again, in order",
+                                   "kwsh -e \"mkdir d\" -e \"dir\""};
+constexpr OptionHelp jsonHelp{"--json", "", "one JSON object a statement on standard output",
+                              "kwsh --json -e \"x = isfile('a.txt')\""};
+constexpr OptionHelp transcriptHelp{"--transcript", "", "print each statement behind >> and what it gave",
+                                    "kwsh --transcript tour.k"};
+constexpr OptionHelp stopHelp{"--stop-on-error", "", "end at the first error, also with --json and --transcript",
+                              "kwsh --json --stop-on-error build.k"};
+constexpr OptionHelp folderHelp{"--cd", "FOLDER", "the current folder at the start", "kwsh --cd /data clean.k"};
+constexpr OptionHelp configurationHelp{"--config", "FOLDER", "where settings and the history are kept",
+                                       "kwsh --config ./settings"};
+constexpr OptionHelp columnsHelp{"--columns", "N", "the width of the window in characters",
+                                 "kwsh --columns 120 -e dir"};
+constexpr OptionHelp versionHelp{"--version", "", "show the version", "kwsh --version"};
+constexpr OptionHelp usageHelp{"-h,--help", "", "show this text", "kwsh --help"};
+
+constexpr std::array helpOrder = {scriptHelp, statementHelp,     jsonHelp,    transcriptHelp, stopHelp,
+                                  folderHelp, configurationHelp, columnsHelp, versionHelp,    usageHelp};
+
+std::string namesOf(const OptionHelp& help) { return std::string(help.names); }
+std::string meaningOf(const OptionHelp& help) { return std::string(help.meaning); }
+
+void requireOneInput(const Options& options, bool isJson, bool isTranscript) {
+    if (options.script && !options.statements.empty()) {
+        throw OptionError("a script and -e cannot be given together");
+    }
+    if (isJson && isTranscript) throw OptionError("--json and --transcript cannot be given together");
+}
+
+}  // namespace
+
+Options parseOptions(std::vector<std::string> arguments) {
+    Options options;
+    bool isJson = false;
+    bool isTranscript = false;
+    CLI::App app;
+    const auto addSwitch = [&app](const OptionHelp& help, bool& value) {
+        app.add_flag(namesOf(help), value, meaningOf(help))->disable_flag_override();
+    };
+    app.set_help_flag();
+    app.add_option("script", options.script, meaningOf(scriptHelp));
+    // Without extra arguments, a text in [ ] is not taken apart as a list.
+    app.add_option(namesOf(statementHelp), options.statements, meaningOf(statementHelp))
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    addSwitch(jsonHelp, isJson);
+    addSwitch(transcriptHelp, isTranscript);
+    addSwitch(stopHelp, options.stopsAtFailure);
+    app.add_option(namesOf(folderHelp), options.currentFolder, meaningOf(folderHelp));
+    app.add_option(namesOf(configurationHelp), options.configurationFolder, meaningOf(configurationHelp));
+    app.add_option(namesOf(columnsHelp), options.columns, meaningOf(columnsHelp))
+        ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000}));
+    addSwitch(versionHelp, options.isVersionWanted);
+    addSwitch(usageHelp, options.isHelpWanted);
+
+    std::ranges::reverse(arguments);  // as CLI11 takes them
+    try {
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        throw OptionError(error.what());
+    }
+    requireOneInput(options, isJson, isTranscript);
+    if (isJson) options.format = OutputFormat::json;
+    if (isTranscript) options.format = OutputFormat::transcript;
+    return options;
+}
+
+std::string usageText() {
+    constexpr std::size_t meaningColumn = 24;
+    std::string text =
+        "Usage: kwsh [OPTIONS] [FILE.k]\n"
+        "\n"
+        "Runs the file commands at a prompt, or from a script, from -e, or from standard input.\n"
+        "\n";
+    for (const OptionHelp& help : helpOrder) {
+        std::string line = "  " + std::string(help.names);
+        if (!help.names.empty() && !help.value.empty()) line += ' ';
+        line += help.value;
+        line.append(line.size() < meaningColumn ? meaningColumn - line.size() : 1, ' ');
+        text += line + std::string(help.meaning) + '\n' + std::string(meaningColumn, ' ') +
+                "example: " + std::string(help.example) + '\n';
+    }
+    return text +
+           "\n"
+           "Exit status: 0, 1 after an error in a script, 2 for wrong options.\n"
+           "At the prompt, 'help' lists the commands.\n";
+}
+
+std::string versionText() { return "kwsh " KORVEX_VERSION "\n"; }
+
+}  // namespace korvex::host

@@ -1,0 +1,42 @@
+// The arguments of kwsh.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace korvex::host {
+
+enum class OutputFormat { people, transcript, json };
+
+struct Options {
+    /// Texts of -e, in order, in bytes.
+    std::vector<std::string> statements;
+    /// A script; "-" is standard input.
+    std::optional<std::string> script;
+    OutputFormat format = OutputFormat::people;
+    bool stopsAtFailure = false;
+    std::optional<std::string> currentFolder;
+    std::optional<std::string> configurationFolder;
+    std::optional<std::size_t> columns;
+    bool isHelpWanted = false;
+    bool isVersionWanted = false;
+};
+
+/// Wrong options; the text names what is wrong.
+class OptionError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Takes the arguments without the program's name. Raises `OptionError`.
+Options parseOptions(std::vector<std::string> arguments);
+
+/// What --help prints: every option with an example.
+std::string usageText();
+/// What --version prints.
+std::string versionText();
+
+}  // namespace korvex::host

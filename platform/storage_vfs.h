@@ -1,0 +1,273 @@
+// The storage layer: everything on any storage is addressed by location and reached through a handle.
+//
+// A location (`AbsoluteIRI`) is "scheme://host/path". Local files have the scheme "file". Its text
+// percent-encodes what cannot stand in it (blank, `%`, `?`, `#`, controls, bytes that are no valid UTF-8);
+// `getName` gives decoded text, and the constructor from parent and name encodes. A location carries no
+// separator at its end, but for a root. Locations are cheap to copy and may be shared between threads.
+#pragma once
+
+#include <boost/variant.hpp>
+#include <exception>
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/user_exceptions.h"
+
+namespace foundation::storage::provider {
+
+/// What stands at a location, links followed.
+enum ExistenceType { AsFile = 0, AsFolder = 1, AsNeither = 2 };
+
+/// What stands at a location, links told apart.
+enum ExistenceTypeExtended {
+    ExtendedFile = 0,
+    ExtendedLinkToFile = 1,
+    ExtendedFolder = 2,
+    ExtendedDevice = 3,  ///< device, pipe or socket
+    ExtendedLinkToFolder = 4,
+    ExtendedBrokenLink = 5,
+    ExtendedNothing = 6,
+};
+
+std::ostream& operator<<(std::ostream& stream, ExistenceType type);
+std::ostream& operator<<(std::ostream& stream, ExistenceTypeExtended type);
+
+}  // namespace foundation::storage::provider
+
+namespace foundation::storage::vfs {
+
+/// Why an operation failed. Any other number is an unknown error.
+enum ErrorCode {
+    folderNotEmpty = 0,
+    invalidLocation = 1,
+    permissionDenied = 2,
+    resourceAlreadyExists = 3,
+    resourceNotFound = 4,
+    readOnlyProvider = 5,
+    fileTooLarge = 6,
+    resourceInUse = 7,
+    noSpaceLeft = 8,
+    ioError = 9,
+    internalError = 10,
+    unsupportedOperation = 11,
+    unknownError = 12,
+};
+
+/// The message of an error code, "KORVEX:virtualfilesystem:...", with the path that the caller prepared as
+/// its argument.
+resource_core::BaseMsgID messageOf(ErrorCode code, const std::u16string& path);
+
+class AbsoluteIRI {
+public:
+    /// Parses a text with a scheme; the scheme's case is ignored, and reads in small letters afterwards.
+    /// Raises `InvalidIRIException`.
+    explicit AbsoluteIRI(const std::u16string& text);
+    /// The child of `parent` with that name, not encoded. A name with separators leads further down.
+    AbsoluteIRI(const AbsoluteIRI& parent, const std::u16string& name);
+
+    std::u16string getScheme() const;
+    /// The last path component, decoded; "/" for a location with nothing behind its host.
+    const std::u16string& getName() const;
+    bool hasParent() const;
+    /// Raises `vfs::Exception` with `invalidLocation` when there is none.
+    AbsoluteIRI getParent() const;
+    /// Whether `other` lies below this location, by whole components. No location is its own ancestor.
+    bool isAncestorOf(const AbsoluteIRI& other) const;
+    /// The location's text.
+    const std::u16string& toString() const;
+
+    bool operator==(const AbsoluteIRI& other) const;
+
+    /// The components behind the text, for the storage system and its providers.
+    struct Parts;
+    explicit AbsoluteIRI(std::shared_ptr<const Parts> parts) : parts_(std::move(parts)) {}
+    const Parts& parts() const noexcept { return *parts_; }
+
+private:
+    std::shared_ptr<const Parts> parts_;
+};
+
+bool operator==(const std::u16string& text, const AbsoluteIRI& location);
+
+/// A location in canonical form: links resolved, no dots, names as they are stored.
+class CanonicalAbsoluteIRI : public AbsoluteIRI {
+public:
+    /// For providers, which know that the location is canonical.
+    explicit CanonicalAbsoluteIRI(const AbsoluteIRI& canonical) : AbsoluteIRI(canonical) {}
+    CanonicalAbsoluteIRI getParent() const { return CanonicalAbsoluteIRI(AbsoluteIRI::getParent()); }
+};
+
+/// A failed operation.
+class Exception : public core::except::IException, public std::exception {
+public:
+    /// `context` names what was going on; `systemText` holds the operating system's own words, if any.
+    Exception(ErrorCode code, AbsoluteIRI location, std::u16string context = {}, std::string systemText = {});
+
+    ErrorCode getErrorCode() const noexcept { return code_; }
+    /// Where it happened; need not be the location that the caller named.
+    const AbsoluteIRI& getLocation() const noexcept { return location_; }
+    const std::u16string& getExceptionContextsString() const noexcept { return context_; }
+    /// The operating system's own words in UTF-8; empty when it had none.
+    const std::string& getSystemText() const noexcept { return systemText_; }
+
+    std::unique_ptr<IException> copyToHeap() const override;
+    [[noreturn]] void throwCopy() const override;
+    const char* what() const noexcept override { return narrowText_.c_str(); }
+
+private:
+    std::u16string ToUstringImpl() const override;
+
+    ErrorCode code_;
+    AbsoluteIRI location_;
+    std::u16string context_;
+    std::string systemText_;
+    std::string narrowText_;
+};
+
+/// A text is no valid location.
+class InvalidIRIException : public core::except::IException, public std::exception {
+public:
+    explicit InvalidIRIException(std::u16string text);
+    const std::u16string& getInvalidIRIString() const noexcept { return text_; }
+
+    std::unique_ptr<IException> copyToHeap() const override;
+    [[noreturn]] void throwCopy() const override;
+    const char* what() const noexcept override { return narrowText_.c_str(); }
+
+private:
+    std::u16string ToUstringImpl() const override;
+
+    std::u16string text_;
+    std::string narrowText_;
+};
+
+/// A location's scheme has no provider.
+class UnsupportedIRISchemeException : public core::except::IException, public std::exception {
+public:
+    explicit UnsupportedIRISchemeException(std::u16string scheme);
+    const std::u16string& getScheme() const noexcept { return scheme_; }
+
+    std::unique_ptr<IException> copyToHeap() const override;
+    [[noreturn]] void throwCopy() const override;
+    const char* what() const noexcept override { return narrowText_.c_str(); }
+
+private:
+    std::u16string ToUstringImpl() const override;
+
+    std::u16string scheme_;
+    std::string narrowText_;
+};
+
+/// The handle of the storage system: which provider serves which scheme.
+class StorageSystem;
+class StorageSystemReference {
+public:
+    explicit StorageSystemReference(std::shared_ptr<const StorageSystem> system)
+        : system_(std::move(system)) {}
+    StorageSystemReference(const StorageSystemReference&) = default;
+    StorageSystemReference(StorageSystemReference&&) = default;
+    StorageSystemReference& operator=(const StorageSystemReference&) = default;
+    StorageSystemReference& operator=(StorageSystemReference&&) = default;
+    virtual ~StorageSystemReference() = default;
+
+    const StorageSystem& system() const noexcept { return *system_; }
+
+private:
+    std::shared_ptr<const StorageSystem> system_;
+};
+
+class Folder;
+
+/// A handle of a file. Making one touches nothing: the file need not exist, nor the scheme have a provider.
+class File {
+public:
+    File(const AbsoluteIRI& location, StorageSystemReference storage);
+    /// By a name or relative path below a folder.
+    File(const Folder& parent, const std::u16string& name);
+    File(const File&) = default;
+    File(File&&) = default;
+    File& operator=(const File&) = default;
+    File& operator=(File&&) = default;
+    virtual ~File() = default;
+
+    virtual const AbsoluteIRI& getLocation() const { return location_; }
+    const std::u16string& getName() const { return location_.getName(); }
+    Folder getParent() const;
+    /// Raises `vfs::Exception`: `resourceNotFound` when nothing is there.
+    CanonicalAbsoluteIRI getCanonicalLocation() const;
+    const StorageSystemReference& storage() const noexcept { return storage_; }
+
+    bool operator==(const File& other) const { return location_ == other.location_; }
+
+private:
+    AbsoluteIRI location_;
+    StorageSystemReference storage_;
+};
+
+/// A handle of a folder. Making one touches nothing.
+class Folder {
+public:
+    Folder(const AbsoluteIRI& location, StorageSystemReference storage);
+    /// By a name or relative path below a folder.
+    Folder(const Folder& parent, const std::u16string& name);
+    Folder(const Folder&) = default;
+    Folder(Folder&&) = default;
+    Folder& operator=(const Folder&) = default;
+    Folder& operator=(Folder&&) = default;
+    virtual ~Folder() = default;
+
+    virtual const AbsoluteIRI& getLocation() const { return location_; }
+    const std::u16string& getName() const { return location_.getName(); }
+    bool hasParent() const { return location_.hasParent(); }
+    Folder getParent() const;
+    bool folderExists() const;
+    /// Raises `vfs::Exception`: `resourceNotFound` when nothing is there.
+    CanonicalAbsoluteIRI getCanonicalLocation() const;
+    const StorageSystemReference& storage() const noexcept { return storage_; }
+
+    bool operator==(const Folder& other) const { return location_ == other.location_; }
+
+private:
+    AbsoluteIRI location_;
+    StorageSystemReference storage_;
+};
+
+using Item = boost::variant<File, Folder>;
+
+/// Whether an entry of the kind of the handle is there, links followed: a `File` handle answers for anything
+/// that is no folder. False for a scheme without a provider: nothing can be there. Raises `vfs::Exception`
+/// when the storage fails.
+bool exists(const Item& item);
+/// What is there, links followed. Raises `vfs::Exception` when the storage fails and
+/// `UnsupportedIRISchemeException`.
+provider::ExistenceType exists(const AbsoluteIRI& location, const StorageSystemReference& storage);
+/// The same, links told apart.
+provider::ExistenceTypeExtended existsExtended(const AbsoluteIRI& location,
+                                               const StorageSystemReference& storage);
+
+const std::u16string& getName(const Item& item);
+const AbsoluteIRI& getLocation(const Item& item);
+
+/// A letter, one or more letters, digits, `+`, `-` or `.`, then `:` and `/`. So a drive letter is none.
+bool hasIRIPrefix(const std::u16string& text);
+
+/// A native path, as text.
+class NativePath {
+public:
+    explicit NativePath(std::u16string text) : text_(std::move(text)) {}
+    operator const std::u16string&() const noexcept { return text_; }
+    const std::u16string& text() const noexcept { return text_; }
+
+private:
+    std::u16string text_;
+};
+
+/// The native path of a local location. Of any other scheme, its path part.
+NativePath fromAbsoluteIRI(const AbsoluteIRI& location);
+
+std::ostream& operator<<(std::ostream& stream, const File& file);
+std::ostream& operator<<(std::ostream& stream, const Folder& folder);
+
+}  // namespace foundation::storage::vfs

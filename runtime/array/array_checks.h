@@ -1,0 +1,43 @@
+// What the functions of the array interface check before they touch an array. Each raises
+// `matrix::UsageError` with the name of the function that was misused.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+
+#include "runtime/array/array_object.h"
+
+namespace korvex::runtime::array {
+
+[[noreturn]] void misuse(const char* function, const std::string& what);
+
+template <class Array>
+Array& requireArray(Array* array, const char* function) {
+    if (array == nullptr) misuse(function, "there is no array, the pointer is null");
+    return *array;
+}
+
+/// An array of the class.
+const kxArray& requireClass(const kxArray* array, kxClassID classID, const char* function);
+/// An array with one owner, so that changing it changes nobody else's.
+kxArray& requireSoleOwner(kxArray* array, const char* function);
+kxArray& requireSoleOwner(kxArray* array, kxClassID classID, const char* function);
+
+void requireIndex(const kxArray& array, std::size_t index, const char* function);
+void requireField(const kxArray& structure, int field, const char* function);
+
+/// The shape that the dimensions give, where it can be counted.
+Shape requireShape(std::span<const std::size_t> dimensions, const char* function);
+/// The product, where it can be counted.
+std::size_t requireProduct(std::size_t left, std::size_t right, const char* function);
+/// Bytes of so many elements, where there can be such a block.
+std::size_t requireBytes(std::size_t elements, std::size_t bytesPerElement, const char* function);
+
+/// Bytes that an element takes in the block. A string array has its elements elsewhere.
+std::size_t bytesPerElement(kxClassID classID, std::size_t fields);
+std::size_t bytesPerElement(const kxArray& array);
+
+const char* className(kxClassID classID);
+
+}  // namespace korvex::runtime::array

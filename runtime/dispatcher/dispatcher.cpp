@@ -1,0 +1,36 @@
+// The dispatcher: the one object through which commands reach the running environment.
+#include "platform/dispatcher.h"
+
+#include "platform/foundation_filesystem.h"
+#include "platform/path_management.h"
+#include "runtime/dispatcher/current_folder.h"
+
+namespace {
+
+using Velquist::current_working_folder::ICurrentWorkingFolder;
+namespace vfs = foundation::storage::vfs;
+namespace environment = korvex::runtime::dispatcher;
+
+class CurrentWorkingFolder : public ICurrentWorkingFolder {
+public:
+    vfs::Folder get() const override {
+        if (!environment::currentFolderExists()) throw fl::filesystem::PathNotFound();
+        return vfs::Folder(Velquist::PathManagement::GetIRIFromString(environment::currentFolderPath()),
+                           Velquist::KorvexStorageSystem::GetStorageSystemReference());
+    }
+};
+
+class Dispatcher : public Kdispatcher {
+public:
+    ICurrentWorkingFolder& GetCurrentWorkingFolder() override { return currentFolder_; }
+
+private:
+    CurrentWorkingFolder currentFolder_;
+};
+
+}  // namespace
+
+Kdispatcher& Kdispatcher::getDispatcher() {
+    static Dispatcher dispatcher;
+    return dispatcher;
+}

@@ -1,0 +1,45 @@
+// The messages of the environment itself: those that the interpreter and its host raise, not the commands.
+//
+// As in message_identifiers.h the name of a class is the key of its catalog entry, and its namespaces spell
+// the component. `EnvironmentVocabulary` lists all of them.
+#pragma once
+
+#include "platform/message_identifiers.h"
+
+namespace KORVEX {
+struct UndefinedFunction : resource_core::Message<"KORVEX:UndefinedFunction", 1> {
+    using Message::Message;
+};
+struct maxlhs : resource_core::Message<"KORVEX:maxlhs", 0> {
+    using Message::Message;
+};
+struct maxrhs : resource_core::Message<"KORVEX:maxrhs", 0> {
+    using Message::Message;
+};
+struct minrhs : resource_core::Message<"KORVEX:minrhs", 0> {
+    using Message::Message;
+};
+}  // namespace KORVEX
+
+namespace KORVEX::host {
+struct interrupted : resource_core::Message<"KORVEX:host:interrupted", 0> {
+    using Message::Message;
+};
+struct noGraphics : resource_core::Message<"KORVEX:host:noGraphics", 0> {
+    using Message::Message;
+};
+}  // namespace KORVEX::host
+
+namespace KORVEX::FileManip {
+struct OSError : resource_core::Message<"KORVEX:FileManip:OSError", 0> {
+    using Message::Message;
+};
+}  // namespace KORVEX::FileManip
+
+namespace KORVEX {
+
+/// Every message class above.
+using EnvironmentVocabulary = std::tuple<UndefinedFunction, maxlhs, maxrhs, minrhs, host::interrupted,
+                                         host::noGraphics, FileManip::OSError>;
+
+}  // namespace KORVEX

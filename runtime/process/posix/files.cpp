@@ -1,0 +1,42 @@
+// POSIX: reading a whole file.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+
+#include "runtime/process/posix/file_descriptor.h"
+#include "runtime/process/process.h"
+#include "runtime/text/encoding.h"
+
+namespace korvex::runtime::process {
+namespace {
+
+[[noreturn]] void raiseSystemError(int error) {
+    throw std::runtime_error(std::generic_category().message(error));
+}
+
+}  // namespace
+
+std::string readFile(const std::u16string& path) {
+    const std::optional<std::string> name = text::toBytes(path);
+    if (!name || name->find('\0') != std::string::npos) raiseSystemError(ENOENT);
+    const FileDescriptor file(::open(name->c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) raiseSystemError(errno);
+
+    std::string content;
+    std::array<char, 65536> block{};
+    for (;;) {
+        const ssize_t count = ::read(file.number(), block.data(), block.size());
+        if (count == 0) return content;
+        if (count > 0) {
+            content.append(block.data(), static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            raiseSystemError(errno);
+        }
+    }
+}
+
+}  // namespace korvex::runtime::process

@@ -1,0 +1,48 @@
+// POSIX: what stands behind the standard streams, and the interrupt key.
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <stdexcept>
+#include <system_error>
+
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/process/process.h"
+
+namespace korvex::runtime::process {
+namespace {
+
+int descriptorOf(Stream stream) noexcept {
+    switch (stream) {
+        case Stream::input: return STDIN_FILENO;
+        case Stream::output: return STDOUT_FILENO;
+        case Stream::error: return STDERR_FILENO;
+    }
+    return -1;
+}
+
+extern "C" void onInterruptKey(int) { interpreter::raiseInterrupt(); }
+
+}  // namespace
+
+bool isTerminal(Stream stream) noexcept { return ::isatty(descriptorOf(stream)) == 1; }
+
+std::optional<unsigned> terminalColumns(Stream stream) noexcept {
+    winsize size{};
+    if (::ioctl(descriptorOf(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
+    return size.ws_col;
+}
+
+void handleInterruptKey() {
+    struct sigaction action {};
+    action.sa_handler = onInterruptKey;
+    ::sigemptyset(&action.sa_mask);
+    // Calls that wait are to come back, so that the one who waits can look at the flag.
+    action.sa_flags = 0;
+    if (::sigaction(SIGINT, &action, nullptr) != 0) {
+        throw std::runtime_error(std::generic_category().message(errno));
+    }
+}
+
+}  // namespace korvex::runtime::process

@@ -1,0 +1,57 @@
+// The components behind a location's text, and the rules by which text and components turn into each other.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "platform/storage_vfs.h"
+
+namespace foundation::storage::vfs {
+
+/// What a location consists of. Immutable; text and name are made when first asked for, by any thread.
+struct AbsoluteIRI::Parts {
+    Parts(std::u16string scheme, std::u16string host, std::u16string path);
+
+    /// In small letters.
+    const std::u16string scheme;
+    /// As typed, with a port and user where there is one. Empty for a local path.
+    const std::u16string host;
+    /// Begins with "/", separated by "/" on every platform, without a separator at its end but for the root.
+    /// Decoded, `.` and `..` as they are. Of a web location: encoded, with its query, as it was typed.
+    const std::u16string path;
+
+    const std::u16string& text() const;
+    const std::u16string& name() const;
+
+private:
+    struct Derived {
+        std::u16string value;
+        std::once_flag made;
+    };
+    mutable Derived text_;
+    mutable Derived name_;
+};
+
+}  // namespace foundation::storage::vfs
+
+namespace korvex::runtime::storage {
+
+using foundation::storage::vfs::AbsoluteIRI;
+
+inline constexpr std::u16string_view localScheme = u"file";
+
+/// http and https: their paths stay encoded.
+bool isWebScheme(std::u16string_view scheme) noexcept;
+
+/// A location from its components, without any check of theirs. The path may be native text of a POSIX path.
+AbsoluteIRI makeLocation(std::u16string scheme, std::u16string host, std::u16string path);
+
+/// Percent-encodes what cannot stand in a location's text: blank, `%`, `?`, `#`, controls, and units that
+/// stand for undecodable bytes.
+std::u16string encodePath(std::u16string_view path);
+/// Undoes percent encoding, as `decodeURL`.
+std::u16string decodePath(std::u16string_view text);
+
+}  // namespace korvex::runtime::storage

@@ -1,0 +1,70 @@
+// The table from errno to error code. What it does not name is an unknown error.
+#include "runtime/storage/providers/local/posix/error_code.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace korvex::runtime::storage::posix {
+
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+constexpr std::pair<int, vfs::ErrorCode> codeOfError[] = {
+    {ENOTEMPTY, vfs::folderNotEmpty},
+    {ENAMETOOLONG, vfs::invalidLocation},
+    {EINVAL, vfs::invalidLocation},
+    {EILSEQ, vfs::invalidLocation},
+    {ELOOP, vfs::invalidLocation},
+    {EISDIR, vfs::invalidLocation},
+    {EACCES, vfs::permissionDenied},
+    {EPERM, vfs::permissionDenied},
+    {EEXIST, vfs::resourceAlreadyExists},
+    {ENOENT, vfs::resourceNotFound},
+    {ENOTDIR, vfs::resourceNotFound},
+    {ENODEV, vfs::resourceNotFound},
+    {ENXIO, vfs::resourceNotFound},
+    {EROFS, vfs::readOnlyProvider},
+    {EFBIG, vfs::fileTooLarge},
+    {EOVERFLOW, vfs::fileTooLarge},
+    {EBUSY, vfs::resourceInUse},
+    {ETXTBSY, vfs::resourceInUse},
+    {EAGAIN, vfs::resourceInUse},
+    {ENOLCK, vfs::resourceInUse},
+    {ENOSPC, vfs::noSpaceLeft},
+    {EDQUOT, vfs::noSpaceLeft},
+    {EMLINK, vfs::noSpaceLeft},
+    {EIO, vfs::ioError},
+    {ENETDOWN, vfs::ioError},
+    {EHOSTDOWN, vfs::ioError},
+    {ETIMEDOUT, vfs::ioError},
+    {ESTALE, vfs::ioError},
+    {EREMOTEIO, vfs::ioError},
+    {ENOMEM, vfs::internalError},
+    {EMFILE, vfs::internalError},
+    {ENFILE, vfs::internalError},
+    {EBADF, vfs::internalError},
+    {EFAULT, vfs::internalError},
+    {ENOSYS, vfs::unsupportedOperation},
+    {EOPNOTSUPP, vfs::unsupportedOperation},
+    {EXDEV, vfs::unsupportedOperation},
+};
+
+}  // namespace
+
+vfs::ErrorCode errorCodeOf(int systemError) noexcept {
+    const auto row = std::find_if(std::begin(codeOfError), std::end(codeOfError),
+                                  [&](const auto& candidate) { return candidate.first == systemError; });
+    return row == std::end(codeOfError) ? vfs::unknownError : row->second;
+}
+
+std::string systemTextOf(int systemError) { return std::generic_category().message(systemError); }
+
+void raiseSystemError(int systemError, const vfs::AbsoluteIRI& location, std::u16string context) {
+    throw vfs::Exception(errorCodeOf(systemError), location, std::move(context), systemTextOf(systemError));
+}
+
+}  // namespace korvex::runtime::storage::posix

@@ -1,0 +1,36 @@
+// Owner of an open file or folder.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace korvex::runtime::storage::posix {
+
+class FileDescriptor {
+public:
+    FileDescriptor() = default;
+    /// Takes over an open descriptor; a negative one stands for none.
+    explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        if (this != &other) {
+            reset();
+            descriptor_ = std::exchange(other.descriptor_, -1);
+        }
+        return *this;
+    }
+    ~FileDescriptor() { reset(); }
+
+    int get() const noexcept { return descriptor_; }
+    explicit operator bool() const noexcept { return descriptor_ >= 0; }
+
+private:
+    void reset() noexcept {
+        if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+    }
+
+    int descriptor_ = -1;
+};
+
+}  // namespace korvex::runtime::storage::posix

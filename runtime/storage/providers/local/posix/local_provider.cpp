@@ -1,0 +1,80 @@
+// The provider of the scheme "file" on POSIX systems.
+#include "runtime/storage/providers/local/local_provider.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+
+#include "runtime/storage/location.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/text/encoding.h"
+
+namespace korvex::runtime::storage {
+
+namespace vfs = foundation::storage::vfs;
+namespace provider = foundation::storage::provider;
+using posix::Links;
+
+namespace {
+
+/// The bytes of the path. False when no name on this disk can read so.
+bool nativeBytes(const AbsoluteIRI& location, std::string& bytes) {
+    const AbsoluteIRI::Parts& parts = location.parts();
+    return parts.host.empty() && text::toBytes(parts.path, bytes) && bytes.find('\0') == std::string::npos;
+}
+
+/// Errors that say: there is nothing of that name, and cannot be.
+bool meansNothingThere(int systemError) noexcept {
+    constexpr int errors[] = {ENOENT, ENOTDIR, ENAMETOOLONG, ELOOP, EINVAL, EILSEQ, ENXIO, ENODEV};
+    return std::find(std::begin(errors), std::end(errors), systemError) != std::end(errors);
+}
+
+/// False when nothing is there. Raises `vfs::Exception` when the system cannot tell.
+bool lookUp(const AbsoluteIRI& location, const std::string& path, Links links, struct ::stat& status) {
+    const int systemError = posix::statusOf(path, links, status);
+    if (systemError == 0) return true;
+    if (meansNothingThere(systemError)) return false;
+    posix::raiseSystemError(systemError, location, u"existence");
+}
+
+}  // namespace
+
+ExistenceType LocalProvider::existence(const AbsoluteIRI& location) {
+    // The buffer lives on: this is called in loops over very many locations.
+    thread_local std::string path;
+    struct ::stat status;
+    if (!nativeBytes(location, path) || !lookUp(location, path, Links::follow, status)) {
+        return provider::AsNeither;
+    }
+    return S_ISDIR(status.st_mode) ? provider::AsFolder : provider::AsFile;
+}
+
+ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& location) {
+    std::string path;
+    struct ::stat status;
+    if (!nativeBytes(location, path) || !lookUp(location, path, Links::tellApart, status)) {
+        return provider::ExtendedNothing;
+    }
+    if (S_ISDIR(status.st_mode)) return provider::ExtendedFolder;
+    if (S_ISREG(status.st_mode)) return provider::ExtendedFile;
+    if (!S_ISLNK(status.st_mode)) return provider::ExtendedDevice;
+    if (!lookUp(location, path, Links::follow, status)) return provider::ExtendedBrokenLink;
+    return S_ISDIR(status.st_mode) ? provider::ExtendedLinkToFolder : provider::ExtendedLinkToFile;
+}
+
+CanonicalAbsoluteIRI LocalProvider::canonicalLocation(const AbsoluteIRI& location) {
+    std::string path;
+    if (!nativeBytes(location, path))
+        throw vfs::Exception(vfs::resourceNotFound, location, u"canonical form");
+    int systemError = 0;
+    const std::string canonical = posix::canonicalPath(path, systemError);
+    if (systemError != 0) {
+        const int reported = meansNothingThere(systemError) ? ENOENT : systemError;
+        posix::raiseSystemError(reported, location, u"canonical form");
+    }
+    return CanonicalAbsoluteIRI(
+        makeLocation(std::u16string(localScheme), std::u16string(), text::fromBytes(canonical)));
+}
+
+}  // namespace korvex::runtime::storage

@@ -1,0 +1,141 @@
+// Questions about one path, for paths of any length.
+#include "runtime/storage/providers/local/posix/path_lookup.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <stdlib.h>
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "runtime/storage/providers/local/posix/file_descriptor.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace {
+
+constexpr std::size_t pieceLimit = PATH_MAX - 1;
+/// As many as the system itself follows in one path.
+constexpr int mostLinks = 40;
+
+FileDescriptor openFolder(int base, const std::string& path) noexcept {
+    return FileDescriptor(::openat(base, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+int statusInPieces(std::string_view path, Links links, struct ::stat& status) {
+    FileDescriptor folder = openFolder(AT_FDCWD, "/");
+    if (!folder) return errno;
+    path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
+    while (path.size() > pieceLimit) {
+        const std::size_t end = path.rfind('/', pieceLimit - 1);
+        if (end == std::string_view::npos) return ENAMETOOLONG;
+        folder = openFolder(folder.get(), std::string(path.substr(0, end)));
+        if (!folder) return errno;
+        path.remove_prefix(std::min(path.find_first_not_of('/', end), path.size()));
+    }
+    const std::string rest(path.empty() ? "." : path);
+    const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    return ::fstatat(folder.get(), rest.c_str(), &status, flags) == 0 ? 0 : errno;
+}
+
+/// Splits a path into its components, in reverse, behind those that are still to come.
+void pushComponents(std::string_view path, std::vector<std::string>& pending) {
+    std::vector<std::string> components;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (end > begin) components.emplace_back(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    pending.insert(pending.end(), std::make_move_iterator(components.rbegin()),
+                   std::make_move_iterator(components.rend()));
+}
+
+/// The target of a link, or an empty text.
+std::string linkTarget(int folder, const std::string& name) {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = ::readlinkat(folder, name.c_str(), target.data(), target.size());
+    target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    return target;
+}
+
+/// Resolves a path component by component, each looked up relative to the open folder before it.
+class CanonicalWalk {
+public:
+    std::string resolve(std::string_view path, int& systemError) {
+        pushComponents(path, pending_);
+        systemError = start();
+        while (systemError == 0 && !pending_.empty())
+            systemError = step();
+        if (systemError != 0) return {};
+        return resolved_.empty() ? "/" : resolved_;
+    }
+
+private:
+    int start() {
+        folder_ = openFolder(AT_FDCWD, "/");
+        resolved_.clear();
+        return folder_ ? 0 : errno;
+    }
+
+    int step() {
+        const std::string name = std::move(pending_.back());
+        pending_.pop_back();
+        if (name == ".") return 0;
+        if (name == "..") {
+            resolved_.resize(resolved_.empty() ? 0 : resolved_.rfind('/'));
+            return enter(name);
+        }
+        struct ::stat status {};
+        if (::fstatat(folder_.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+        if (S_ISLNK(status.st_mode)) return follow(name);
+        resolved_ += '/' + name;
+        if (S_ISDIR(status.st_mode)) return enter(name);
+        return pending_.empty() ? 0 : ENOTDIR;
+    }
+
+    int follow(const std::string& name) {
+        if (++linksFollowed_ > mostLinks) return ELOOP;
+        const std::string target = linkTarget(folder_.get(), name);
+        if (target.empty()) return ENOENT;
+        pushComponents(target, pending_);
+        return target.front() == '/' ? start() : 0;
+    }
+
+    int enter(const std::string& name) {
+        folder_ = openFolder(folder_.get(), name);
+        return folder_ ? 0 : errno;
+    }
+
+    FileDescriptor folder_;
+    std::string resolved_;
+    std::vector<std::string> pending_;
+    int linksFollowed_ = 0;
+};
+
+}  // namespace
+
+int statusOf(const std::string& path, Links links, struct ::stat& status) noexcept {
+    const int result =
+        links == Links::follow ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
+    if (result == 0) return 0;
+    if (errno != ENAMETOOLONG || path.size() < pieceLimit) return errno;
+    try {
+        return statusInPieces(path, links, status);
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
+    }
+}
+
+std::string canonicalPath(const std::string& path, int& systemError) {
+    struct Free {
+        void operator()(char* text) const noexcept { ::free(text); }
+    };
+    const std::unique_ptr<char, Free> resolved(::realpath(path.c_str(), nullptr));
+    systemError = resolved ? 0 : errno;
+    if (resolved) return resolved.get();
+    return systemError == ENAMETOOLONG ? CanonicalWalk().resolve(path, systemError) : std::string();
+}
+
+}  // namespace korvex::runtime::storage::posix

@@ -1,0 +1,21 @@
+// Questions about one path, for paths of any length.
+//
+// The system refuses paths of 4096 bytes and more in one call. Longer ones are walked in pieces, each opened
+// relative to the one before, with the same result as one call would give.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+namespace korvex::runtime::storage::posix {
+
+enum class Links { follow, tellApart };
+
+/// As `stat` or `lstat`: 0, or the errno. `path` is absolute and holds no NUL.
+int statusOf(const std::string& path, Links links, struct ::stat& status) noexcept;
+
+/// The path with links resolved and dots gone, or an empty text and the errno in `systemError`.
+std::string canonicalPath(const std::string& path, int& systemError);
+
+}  // namespace korvex::runtime::storage::posix

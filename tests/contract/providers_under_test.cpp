@@ -1,0 +1,50 @@
+// The list of the providers that the contract is for, and what its suites share.
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+#include "tests/contract/provider_under_test.h"
+
+namespace korvex::tests {
+
+namespace {
+
+constexpr Abilities readingOfFilesOnly{
+    .hasFolders = false, .hasLinks = false, .canList = false, .canWrite = false};
+
+constexpr ProviderCase providerCases[] = {
+    {"file", {}, makeLocalProviderUnderTest},
+    {"memory", {.hasLinks = false}, makeMemoryProviderUnderTest},
+    {"http", readingOfFilesOnly, makeHttpProviderUnderTest},
+    {"https", readingOfFilesOnly, makeHttpsProviderUnderTest},
+};
+
+}  // namespace
+
+void ProviderUnderTest::makeFolder(const std::u16string&) { throw std::logic_error("it has no folders"); }
+
+void ProviderUnderTest::makeLink(const std::u16string&, const std::u16string&) {
+    throw std::logic_error("it has no links");
+}
+
+std::ostream& operator<<(std::ostream& stream, const ProviderCase& tested) { return stream << tested.name; }
+
+std::vector<ProviderCase> allProviders() { return {std::begin(providerCases), std::end(providerCases)}; }
+
+std::vector<ProviderCase> providersWith(bool Abilities::*ability) {
+    std::vector<ProviderCase> able;
+    std::copy_if(std::begin(providerCases), std::end(providerCases), std::back_inserter(able),
+                 [=](const ProviderCase& tested) { return tested.abilities.*ability; });
+    return able;
+}
+
+std::string nameOfProvider(const testing::TestParamInfo<ProviderCase>& tested) { return tested.param.name; }
+
+void ProviderContract::expectNothing(const std::u16string& path) const {
+    EXPECT_EQ(existence(path), provider::AsNeither);
+    EXPECT_EQ(extendedExistence(path), provider::ExtendedNothing);
+    EXPECT_FALSE(vfs::exists(fileHandle(path)));
+    EXPECT_FALSE(vfs::exists(folderHandle(path)));
+}
+
+}  // namespace korvex::tests

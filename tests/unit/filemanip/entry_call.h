@@ -1,0 +1,94 @@
+// Calls of the module's entries, as the interpreter makes them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/kx.h"
+#include "platform/user_exceptions.h"
+
+extern "C" {
+void copyFile(int, kxArray*[], int, const kxArray*[]);
+void moveFile(int, kxArray*[], int, const kxArray*[]);
+void makeDir(int, kxArray*[], int, const kxArray*[]);
+void removeDir(int, kxArray*[], int, const kxArray*[]);
+void fileAttrib(int, kxArray*[], int, const kxArray*[]);
+void bnFullDeleteFcn(int, kxArray*[], int, const kxArray*[]);
+void bnFullRecycleFcn(int, kxArray*[], int, const kxArray*[]);
+void bnFullDirFcn(int, kxArray*[], int, const kxArray*[]);
+void bnFullWhatFcn(int, kxArray*[], int, const kxArray*[]);
+void bnIsFileFcn(int, kxArray*[], int, const kxArray*[]);
+void bnIsFolderFcn(int, kxArray*[], int, const kxArray*[]);
+void KLInitialize_filemanip();
+void KLTerminate_filemanip();
+}
+
+namespace korvex::filemanip::tests {
+
+using Entry = void (*)(int, kxArray*[], int, const kxArray*[]);
+using Array = matrix::ArrayOwner;
+
+inline Array text(std::u16string_view value) { return matrix::create(value); }
+inline Array string(std::u16string value) { return Array(kxCreateStringScalar(std::move(value))); }
+inline Array missing() { return Array(kxCreateStringScalar(std::nullopt)); }
+inline Array number(double value) { return Array(kxCreateDoubleScalar(value)); }
+inline Array characters(std::vector<std::size_t> dimensions) { return Array(kxCreateCharArray(dimensions)); }
+
+/// A cell array, filled in storage order; a null stays an absent element.
+template <class... Arrays>
+Array cell(std::vector<std::size_t> dimensions, Arrays... elements) {
+    Array result(kxCreateCellArray(dimensions));
+    std::size_t index = 0;
+    (kxSetCell(result.get(), index++, elements.release()), ...);
+    return result;
+}
+
+/// A string array, filled in storage order.
+inline Array strings(std::vector<std::size_t> dimensions,
+                     std::vector<std::optional<std::u16string>> elements) {
+    Array result(kxCreateStringArray(dimensions));
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        kxSetStringElement(result.get(), i, elements[i]);
+    }
+    return result;
+}
+
+/// What a call left behind.
+struct Outcome {
+    std::vector<Array> outputs;
+    std::string errorIdentifier;
+    std::string errorText;
+};
+
+/// Calls an entry with borrowed arguments; an error of the user's kind ends up in the outcome.
+inline Outcome call(Entry entry, int nlhs, const std::vector<const kxArray*>& arguments) {
+    std::vector<kxArray*> plhs(static_cast<std::size_t>(std::max(nlhs, 1)), nullptr);
+    std::vector<const kxArray*> prhs = arguments;
+    prhs.push_back(nullptr);
+    Outcome outcome;
+    try {
+        entry(nlhs, plhs.data(), static_cast<int>(arguments.size()), prhs.data());
+    } catch (const foundation::core::except::IMsgIDException& error) {
+        outcome.errorIdentifier = error.get_error_id();
+        outcome.errorText = error.what();
+    }
+    for (kxArray* output : plhs) {
+        outcome.outputs.emplace_back(output);
+    }
+    return outcome;
+}
+
+inline std::vector<bool> logicals(const Array& array) {
+    const std::span<const kxLogical> elements = kxGetLogicals(static_cast<const kxArray*>(array.get()));
+    return {elements.begin(), elements.end()};
+}
+
+inline std::vector<std::size_t> dimensions(const Array& array) {
+    const std::span<const std::size_t> sizes = kxGetDimensions(array.get());
+    return {sizes.begin(), sizes.end()};
+}
+
+}  // namespace korvex::filemanip::tests

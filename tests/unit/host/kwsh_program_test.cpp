@@ -1,0 +1,184 @@
+// The built program, from the outside: input, streams, exit status.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "runtime/process/process.h"
+#include "runtime/text/encoding.h"
+#include "tests/support/scratch_folder.h"
+
+namespace korvex::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+namespace process = runtime::process;
+
+struct ProgramRun {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+class KwshProgram : public testing::Test {
+protected:
+    /// Runs kwsh in the scratch folder with arguments written as for the shell.
+    ProgramRun run(const std::string& arguments) { return runProgram(KWSH_PROGRAM, arguments); }
+
+    ProgramRun runProgram(const std::string& program, const std::string& arguments) {
+        ProgramRun result;
+        const std::string command = "COLUMNS= XDG_CONFIG_HOME='" + scratch.path().string() + "' '" + program + "' " +
+                                    arguments + " >output 2>errors";
+        result.status = process::runShellCommand(runtime::text::fromBytes(command), scratch.text(),
+                                                 [](std::string_view) {});
+        result.output = process::readFile(scratch.text() + u"/output");
+        result.errors = process::readFile(scratch.text() + u"/errors");
+        return result;
+    }
+
+    static std::vector<nlohmann::json> linesOf(const std::string& output) {
+        std::vector<nlohmann::json> lines;
+        std::istringstream stream(output);
+        for (std::string line; std::getline(stream, line);) lines.push_back(nlohmann::json::parse(line));
+        return lines;
+    }
+
+    ScratchFolder scratch;
+};
+
+constexpr const char* undefinedError = "  (KORVEX:UndefinedFunction)\n";
+
+TEST_F(KwshProgram, AScriptStopsAtItsFirstError) {
+    scratch.writeFile("test.k", "x = 1\nnothing\ny = 2\n");
+    const ProgramRun result = run("test.k");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "x =\n    1\n");
+    EXPECT_THAT(result.errors, StartsWith("Error: "));
+    EXPECT_THAT(result.errors, HasSubstr(undefinedError));
+}
+
+TEST_F(KwshProgram, AScriptWithoutErrorsSucceedsAndExitEndsIt) {
+    scratch.writeFile("test.k", "x = 1;\nexit\nnothing\n");
+    const ProgramRun result = run("test.k");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output + result.errors, "");
+}
+
+TEST_F(KwshProgram, TextsRunInOrderAndShareVariables) {
+    const ProgramRun result = run("-e 'x = 1;' -e '[x, 2]'");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "ans =\n    1    2\n");
+    EXPECT_EQ(run("-e nothing -e 'x = 1'").output, "");
+}
+
+TEST_F(KwshProgram, StandardInputThatIsNoTerminalIsAScript) {
+    scratch.writeFile("test.k", "x = 1\nnothing\n");
+    for (const char* arguments : {"<test.k", "- <test.k"}) {
+        const ProgramRun result = run(arguments);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.output, "x =\n    1\n");
+    }
+    EXPECT_EQ(run("</dev/null").status, 0);
+}
+
+TEST_F(KwshProgram, CommandsOfTheModuleRun) {
+    scratch.writeFile("d/a.txt");
+    const ProgramRun result = run("--cd d -e 'x = isfile(\"a.txt\")' -e 'isfolder ../d'");
+    EXPECT_EQ(result.output, "x =\n    1\nans =\n    1\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(KwshProgram, AScriptIsLookedForWhereKwshWasStarted) {
+    scratch.writeFile("test.k", "pwd");
+    scratch.makeFolder("d");
+    EXPECT_EQ(run("--cd d test.k").output, (scratch.path() / "d").string() + "\n");
+}
+
+TEST_F(KwshProgram, JsonIsOneObjectAStatementAndGoesOn) {
+    scratch.writeFile("test.k", "% note\nx = isfile({'test.k', 'no'});\n\nnothing\n!echo hello\ny = 'a\n");
+    const ProgramRun result = run("--json test.k");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "");
+    const std::vector<nlohmann::json> lines = linesOf(result.output);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0]["line"], 2);
+    EXPECT_EQ(lines[0]["statement"], "x = isfile({'test.k', 'no'})");
+    EXPECT_EQ(lines[0]["outputs"][0]["name"], "x");
+    EXPECT_EQ(lines[0]["outputs"][0]["value"]["data"], (nlohmann::json{true, false}));
+    EXPECT_TRUE(lines[0]["error"].is_null());
+    EXPECT_EQ(lines[1]["error"]["id"], "KORVEX:UndefinedFunction");
+    EXPECT_EQ(lines[2]["printed"], "hello\n");
+    EXPECT_EQ(lines[3]["error"]["id"], "KORVEX:host:syntax");
+}
+
+TEST_F(KwshProgram, JsonStopsAtAnErrorWhenAskedTo) {
+    const ProgramRun result = run("--json --stop-on-error -e nothing -e 'x = 1'");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(linesOf(result.output).size(), 1U);
+    EXPECT_EQ(run("--json -e 'x = 1'").status, 0);
+}
+
+TEST_F(KwshProgram, ATranscriptHoldsItsErrorsAndSucceeds) {
+    scratch.writeFile("test.k", "% note\nnothing\n\nx = 1\n");
+    const ProgramRun result = run("--transcript test.k");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.output, StartsWith("% note\n>> nothing\nError: "));
+    EXPECT_THAT(result.output, HasSubstr(std::string(undefinedError) + "\n>> x = 1\nx =\n    1\n"));
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(run("--transcript --stop-on-error test.k").status, 1);
+}
+
+TEST_F(KwshProgram, WrongOptionsAreStatusTwo) {
+    for (const char* arguments :
+         {"--nothing", "--columns 0", "missing.k", "--cd missing -e x", "--json --transcript -e x", "."}) {
+        const ProgramRun result = run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_EQ(result.output, "") << arguments;
+        EXPECT_THAT(result.errors, StartsWith("kwsh: ")) << arguments;
+        EXPECT_THAT(result.errors, HasSubstr("--help")) << arguments;
+    }
+}
+
+TEST_F(KwshProgram, HelpAndVersionSucceed) {
+    EXPECT_THAT(run("--help").output, HasSubstr("--transcript"));
+    EXPECT_THAT(run("--version").output, StartsWith("kwsh "));
+    EXPECT_EQ(run("--help").status, 0);
+}
+
+TEST_F(KwshProgram, ColumnsComeFromTheOptionOrTheEnvironment) {
+    EXPECT_THAT(run("--columns 20 -e \"{'abcdefgh', 'abcdefgh'}\"").output, HasSubstr("(column 2)"));
+    EXPECT_EQ(run("-e \"{'abcdefgh', 'abcdefgh'}\"").output, "ans =\n    {'abcdefgh'}    {'abcdefgh'}\n");
+    EXPECT_THAT(runProgram("env", "COLUMNS=20 '" KWSH_PROGRAM "' -e \"{'abcdefgh', 'abcdefgh'}\"").output,
+                HasSubstr("(column 2)"));
+}
+
+TEST_F(KwshProgram, CtrlCEndsTheStatementAndTheScript) {
+    const ProgramRun result = run("-e '!kill -INT $PPID; echo done' -e 'x = 1'");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "done\n");
+    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:interrupted)\n"));
+    EXPECT_EQ(linesOf(run("--json -e '!kill -INT $PPID' -e 'x = 1'").output).size(), 1U);
+}
+
+TEST_F(KwshProgram, WithoutTheModuleItsCommandsSayWhy) {
+    const std::filesystem::path programs = std::filesystem::path(KWSH_PROGRAM).parent_path();
+    const std::filesystem::path alone = scratch.makeFolder("alone");
+    for (const char* file : {"kwsh", "libkwruntime.so"}) std::filesystem::copy(programs / file, alone / file);
+    const ProgramRun result = runProgram((alone / "kwsh").string(), "-e 'x = 1' -e 'isfile a'");
+    EXPECT_EQ(result.output, "x =\n    1\n");
+    EXPECT_THAT(result.errors, HasSubstr("libkwfilemanip.so"));
+    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:moduleNotLoaded)\n"));
+}
+
+TEST_F(KwshProgram, NamesThatAreNoTextArriveAndLeaveAsTheyAre) {
+    const ProgramRun result = run("-e \"$(printf 'x = \"a\\377\"')\"");
+    EXPECT_EQ(result.output, "x =\n    \"a\xFF\"\n");
+}
+
+TEST_F(KwshProgram, NoSettingsAreWrittenWithoutNeed) {
+    run("-e 'x = 1'");
+    EXPECT_FALSE(std::filesystem::exists(scratch.path() / "korvex"));
+}
+
+}  // namespace
+}  // namespace korvex::tests

@@ -1,0 +1,62 @@
+// The command line.
+#include "host/kwsh/options.h"
+
+#include <gmock/gmock.h>
+
+namespace korvex::host {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(Options, NoneAreAllAtTheirDefaults) {
+    const Options options = parseOptions({});
+    EXPECT_EQ(options.format, OutputFormat::people);
+    EXPECT_FALSE(options.script || options.columns || options.stopsAtFailure);
+}
+
+TEST(Options, StatementsKeepTheirOrderAndEveryCharacter) {
+    const Options options =
+        parseOptions({"-e", "[1, 2]", "-e", "--json", "-e", "", "-e", "-1", "-e", "x = {'a','b'}"});
+    EXPECT_THAT(options.statements, ElementsAre("[1, 2]", "--json", "", "-1", "x = {'a','b'}"));
+    EXPECT_EQ(options.format, OutputFormat::people);
+}
+
+TEST(Options, AScriptMayBeStandardInput) {
+    EXPECT_EQ(parseOptions({"-"}).script, "-");
+    EXPECT_EQ(parseOptions({"--json", "a b.k"}).script, "a b.k");
+}
+
+TEST(Options, FoldersAndColumnsTakeAValue) {
+    const Options options = parseOptions({"--cd", "d", "--config=c", "--columns", "120", "--stop-on-error"});
+    EXPECT_EQ(options.currentFolder, "d");
+    EXPECT_EQ(options.configurationFolder, "c");
+    EXPECT_EQ(options.columns, 120U);
+    EXPECT_TRUE(options.stopsAtFailure);
+}
+
+TEST(Options, WrongOnesAreRefused) {
+    using Arguments = std::vector<std::string>;
+    for (const Arguments& arguments :
+         {Arguments{"--nothing"}, Arguments{"-x"}, Arguments{"a.k", "b.k"}, Arguments{"-e"}, Arguments{"--cd"},
+          Arguments{"--columns", "0"}, Arguments{"--columns", "-3"}, Arguments{"--columns", "wide"},
+          Arguments{"--json", "--transcript"}, Arguments{"-e", "x", "a.k"}, Arguments{"--json=yes"}}) {
+        EXPECT_THROW(parseOptions(arguments), OptionError) << testing::PrintToString(arguments);
+    }
+}
+
+TEST(Options, HelpShowsEveryOptionWithAnExample) {
+    const std::string usage = usageText();
+    for (const char* option : {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd", "--config",
+                               "--columns", "--version", "--help"}) {
+        EXPECT_THAT(usage, HasSubstr("  " + std::string(option == std::string("--help") ? "-h,--help" : option)));
+    }
+    std::size_t examples = 0;
+    for (std::size_t at = usage.find("example: "); at != std::string::npos; at = usage.find("example: ", at + 1)) {
+        ++examples;
+    }
+    EXPECT_EQ(examples, 10U);
+}
+
+}  // namespace
+}  // namespace korvex::host
