@@ -18,13 +18,3 @@ foundation::storage::vfs::AbsoluteIRI GetIRIFromString(const std::u16string& tex
 std::u16string GetStringFromIRI(const foundation::storage::vfs::AbsoluteIRI& location);
 
 }  // namespace Velquist::PathManagement
-
-namespace Velquist {
-
-/// The environment's storage system.
-class KorvexStorageSystem {
-public:
-    static foundation::storage::vfs::StorageSystemReference GetStorageSystemReference();
-};
-
-}  // namespace Velquist

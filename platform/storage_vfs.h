@@ -3,15 +3,17 @@
 // A location (`AbsoluteIRI`) is "scheme://host/path". Local files have the scheme "file". Its text
 // percent-encodes what cannot stand in it (blank, `%`, `?`, `#`, controls, bytes that are no valid UTF-8);
 // `getName` gives decoded text, and the constructor from parent and name encodes. A location carries no
-// separator at its end, but for a root. Locations are cheap to copy and may be shared between threads.
+// separator at its end, but for a root; a web location keeps its path and query as they were typed. Locations are cheap to copy and may be shared between threads.
 #pragma once
 
 #include <boost/variant.hpp>
 #include <exception>
+#include <functional>
 #include <iosfwd>
 #include <memory>
-#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/user_exceptions.h"
 
@@ -31,15 +33,36 @@ enum ExistenceTypeExtended {
     ExtendedNothing = 6,
 };
 
+/// What a transfer may replace.
+enum ReplacementPolicy {
+    /// A file that may be written; never a folder.
+    ReplaceWritable = 1,
+    /// Whatever file stands there. A folder goes into a folder that exists, each file as here.
+    ReplaceAny = 2,
+    /// The contents of a folder go into one that exists, each file as under `ReplaceWritable`.
+    MergeFolder = 3,
+};
+
+/// Attributes of a folder.
+class FolderAttributes {
+public:
+    explicit FolderAttributes(bool isWritable) : isWritable_(isWritable) {}
+    bool isWritable() const noexcept { return isWritable_; }
+
+private:
+    bool isWritable_;
+};
+
 std::ostream& operator<<(std::ostream& stream, ExistenceType type);
 std::ostream& operator<<(std::ostream& stream, ExistenceTypeExtended type);
+std::ostream& operator<<(std::ostream& stream, ReplacementPolicy policy);
 
 }  // namespace foundation::storage::provider
 
 namespace foundation::storage::vfs {
 
 /// Why an operation failed. Any other number is an unknown error.
-enum ErrorCode {
+enum ErrorCode : int {
     folderNotEmpty = 0,
     invalidLocation = 1,
     permissionDenied = 2,
@@ -53,6 +76,12 @@ enum ErrorCode {
     internalError = 10,
     unsupportedOperation = 11,
     unknownError = 12,
+};
+
+/// What the removal of a folder takes with it.
+enum FolderRemovalPolicy {
+    RemoveEmptyFolder = 0,   ///< a folder that holds anything raises `folderNotEmpty`
+    RemoveWithContents = 1,  ///< the folder with all it holds; links in it go, what they lead to stays
 };
 
 /// The message of an error code, "KORVEX:virtualfilesystem:...", with the path that the caller prepared as
@@ -99,6 +128,22 @@ public:
     CanonicalAbsoluteIRI getParent() const { return CanonicalAbsoluteIRI(AbsoluteIRI::getParent()); }
 };
 
+namespace detail {
+
+/// A text that is made when somebody reads it: most storage failures are handled unread.
+class LazyText {
+public:
+    explicit LazyText(std::function<std::string()> make);
+    /// In UTF-8, the same for all copies, valid as long as one of them lives.
+    const char* get() const noexcept;
+
+private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace detail
+
 /// A failed operation.
 class Exception : public core::except::IException, public std::exception {
 public:
@@ -114,33 +159,29 @@ public:
 
     std::unique_ptr<IException> copyToHeap() const override;
     [[noreturn]] void throwCopy() const override;
-    const char* what() const noexcept override { return narrowText_.c_str(); }
+    const char* what() const noexcept override { return text_.get(); }
 
 private:
-    std::u16string ToUstringImpl() const override;
-
     ErrorCode code_;
     AbsoluteIRI location_;
     std::u16string context_;
     std::string systemText_;
-    std::string narrowText_;
+    detail::LazyText text_;
 };
 
 /// A text is no valid location.
 class InvalidIRIException : public core::except::IException, public std::exception {
 public:
     explicit InvalidIRIException(std::u16string text);
-    const std::u16string& getInvalidIRIString() const noexcept { return text_; }
+    const std::u16string& getInvalidIRIString() const noexcept { return invalidText_; }
 
     std::unique_ptr<IException> copyToHeap() const override;
     [[noreturn]] void throwCopy() const override;
-    const char* what() const noexcept override { return narrowText_.c_str(); }
+    const char* what() const noexcept override { return text_.get(); }
 
 private:
-    std::u16string ToUstringImpl() const override;
-
-    std::u16string text_;
-    std::string narrowText_;
+    std::u16string invalidText_;
+    detail::LazyText text_;
 };
 
 /// A location's scheme has no provider.
@@ -151,13 +192,37 @@ public:
 
     std::unique_ptr<IException> copyToHeap() const override;
     [[noreturn]] void throwCopy() const override;
-    const char* what() const noexcept override { return narrowText_.c_str(); }
+    const char* what() const noexcept override { return text_.get(); }
 
 private:
-    std::u16string ToUstringImpl() const override;
-
     std::u16string scheme_;
-    std::string narrowText_;
+    detail::LazyText text_;
+};
+
+class ListEntry;
+
+template <class Entry>
+using FolderListingIterator = typename std::vector<Entry>::const_iterator;
+
+/// The result of listing a folder.
+template <class Entry>
+class FolderListing {
+public:
+    FolderListing() = default;
+    explicit FolderListing(std::vector<Entry> entries)
+        : entries_(std::make_shared<const std::vector<Entry>>(std::move(entries))) {}
+
+    bool empty() const noexcept { return !entries_ || entries_->empty(); }
+    FolderListingIterator<Entry> begin() const { return entries_ ? entries_->begin() : none().begin(); }
+    FolderListingIterator<Entry> end() const { return entries_ ? entries_->end() : none().end(); }
+
+private:
+    static const std::vector<Entry>& none() {
+        static const std::vector<Entry> nothing;
+        return nothing;
+    }
+
+    std::shared_ptr<const std::vector<Entry>> entries_;
 };
 
 /// The handle of the storage system: which provider serves which scheme.
@@ -179,6 +244,8 @@ private:
 };
 
 class Folder;
+class File;
+using Item = boost::variant<File, Folder>;
 
 /// A handle of a file. Making one touches nothing: the file need not exist, nor the scheme have a provider.
 class File {
@@ -197,6 +264,21 @@ public:
     Folder getParent() const;
     /// Raises `vfs::Exception`: `resourceNotFound` when nothing is there.
     CanonicalAbsoluteIRI getCanonicalLocation() const;
+
+    /// Copies the content, the permission bits, the time of last change and, where both sides have them, the
+    /// extended attributes; a link is followed. What stands at the destination is replaced as the policy
+    /// says, and stays whole until the copy is complete: a failure leaves the old file or none, never a part.
+    /// Raises `resourceAlreadyExists` when a folder stands there, `permissionDenied` at the destination for a
+    /// file that may not be replaced and at the source for one that may not be read, `resourceNotFound` when
+    /// the source or the destination's parent is not there, `readOnlyProvider`, `noSpaceLeft`, ...
+    void copyFile(const File& destination, const provider::ReplacementPolicy& policy) const;
+    /// Moves the file, or the link, to the destination; a failure leaves the source whole. Raises as
+    /// `copyFile`.
+    void moveFile(const File& destination, const provider::ReplacementPolicy& policy) const;
+    /// Removes a file or a link, whatever its permission bits. Raises `invalidLocation` for a folder.
+    void removeFile() const;
+    /// Sets or clears the write bits: the owner's when set, all when cleared.
+    void setWritable(bool isWritable) const;
     const StorageSystemReference& storage() const noexcept { return storage_; }
 
     bool operator==(const File& other) const { return location_ == other.location_; }
@@ -225,6 +307,29 @@ public:
     bool folderExists() const;
     /// Raises `vfs::Exception`: `resourceNotFound` when nothing is there.
     CanonicalAbsoluteIRI getCanonicalLocation() const;
+    provider::FolderAttributes getAttributes() const;
+
+    /// Copies the folder with all it holds, its links as links. The first failure stops it; files copied
+    /// before stay, and none is left in part. Raises `resourceAlreadyExists` when something stands at the
+    /// destination that the policy does not let it go into, `invalidLocation` for a destination inside of the
+    /// source, and as `File::copyFile`.
+    void copyFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const;
+    /// Moves the folder. Nothing leaves the source before it stands whole at the destination.
+    void moveFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const;
+    /// Never leaves the folder's own tree: a link in it is removed and not followed. Raises `folderNotEmpty`,
+    /// `resourceNotFound`, ... ; what could be removed before the failure is gone.
+    void removeFolder(const FolderRemovalPolicy& policy) const;
+    /// Raises `resourceAlreadyExists` when something stands there, `resourceNotFound` when the parent is
+    /// missing.
+    void createFolder() const;
+    /// The same with every missing folder above it. `resourceAlreadyExists` carries the location of what
+    /// stood in the way.
+    void createFolderRecursive() const;
+    void setWritable(bool isWritable) const;
+    /// The entries whose names match, sorted by 16-bit unit: `*` stands for any run of units and `?` for one;
+    /// the empty pattern lists everything, one without wildcard just that name. Raises `resourceNotFound`
+    /// when the folder is not there.
+    FolderListing<ListEntry> listAll(std::u16string pattern) const;
     const StorageSystemReference& storage() const noexcept { return storage_; }
 
     bool operator==(const Folder& other) const { return location_ == other.location_; }
@@ -234,7 +339,16 @@ private:
     StorageSystemReference storage_;
 };
 
-using Item = boost::variant<File, Folder>;
+/// One entry of a listing: a `Folder` for a folder and for a link to one, a `File` for everything else.
+class ListEntry {
+public:
+    explicit ListEntry(Item item) : item_(std::move(item)) {}
+    const AbsoluteIRI& getLocation() const;
+    const Item& getFileOrFolder() const noexcept { return item_; }
+
+private:
+    Item item_;
+};
 
 /// Whether an entry of the kind of the handle is there, links followed: a `File` handle answers for anything
 /// that is no folder. False for a scheme without a provider: nothing can be there. Raises `vfs::Exception`
@@ -247,8 +361,12 @@ provider::ExistenceType exists(const AbsoluteIRI& location, const StorageSystemR
 provider::ExistenceTypeExtended existsExtended(const AbsoluteIRI& location,
                                                const StorageSystemReference& storage);
 
-const std::u16string& getName(const Item& item);
-const AbsoluteIRI& getLocation(const Item& item);
+/// The write bits are not all clear and the process may write. For what does not exist: whether the folder
+/// that would hold it is writable. Raises `vfs::Exception`.
+bool isWritable(const Item& item);
+
+std::u16string getName(const Item& item);
+AbsoluteIRI getLocation(const Item& item);
 
 /// A letter, one or more letters, digits, `+`, `-` or `.`, then `:` and `/`. So a drive letter is none.
 bool hasIRIPrefix(const std::u16string& text);
@@ -257,7 +375,7 @@ bool hasIRIPrefix(const std::u16string& text);
 class NativePath {
 public:
     explicit NativePath(std::u16string text) : text_(std::move(text)) {}
-    operator const std::u16string&() const noexcept { return text_; }
+    operator std::u16string() const { return text_; }
     const std::u16string& text() const noexcept { return text_; }
 
 private:
@@ -271,3 +389,13 @@ std::ostream& operator<<(std::ostream& stream, const File& file);
 std::ostream& operator<<(std::ostream& stream, const Folder& folder);
 
 }  // namespace foundation::storage::vfs
+
+namespace Velquist {
+
+/// The environment's storage system.
+class KorvexStorageSystem {
+public:
+    static foundation::storage::vfs::StorageSystemReference GetStorageSystemReference();
+};
+
+}  // namespace Velquist

@@ -14,6 +14,12 @@
 
 namespace foundation::core::except {
 
+namespace detail {
+std::u16string catalogText(const resource_core::BaseMsgID& message);
+std::string toUtf8(const std::u16string& text);
+std::u16string fromUtf8(const std::string& text);
+}  // namespace detail
+
 /// Root of the environment's own exceptions. The order of the virtual operations, here and below, is the
 /// order of the environment's binary interface.
 class IException {
@@ -28,15 +34,12 @@ public:
     virtual const char* what() const noexcept = 0;
 
     /// The text as diagnostics and traces show it.
-    std::u16string ToUstring() const { return ToUstringImpl(); }
+    std::u16string ToUstring() const { return detail::fromUtf8(what()); }
 
 protected:
     IException() = default;
     IException(const IException&) = default;
     IException& operator=(const IException&) = default;
-
-private:
-    virtual std::u16string ToUstringImpl() const = 0;
 };
 
 /// An exception whose text is meant for the user.
@@ -44,6 +47,11 @@ class IUserException : public IException {
 public:
     virtual void convert_str(std::u16string& text) const = 0;
     virtual void convert_str(std::string& text) const = 0;
+
+    std::u16string ToUstring() const { return ToUstringImpl(); }
+
+private:
+    virtual std::u16string ToUstringImpl() const = 0;
 };
 
 /// An exception that has a message identifier.
@@ -54,11 +62,6 @@ public:
     virtual std::u16string GetUnicodeMessageTxt() const = 0;
     virtual const resource_core::BaseMsgID& message() const noexcept = 0;
 };
-
-namespace detail {
-std::u16string catalogText(const resource_core::BaseMsgID& message);
-std::string toUtf8(const std::u16string& text);
-}  // namespace detail
 
 /// The one exception template; `Tag` is a message class of message_identifiers.h.
 template <class Tag, class StandardBase = std::exception, class Unused = void>

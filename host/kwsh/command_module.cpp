@@ -17,11 +17,16 @@ struct ExportedCommand {
 };
 
 constexpr std::array exportedCommands = {
-    ExportedCommand{"copyfile", "copyFile"},          ExportedCommand{"movefile", "moveFile"},
-    ExportedCommand{"mkdir", "makeDir"},              ExportedCommand{"rmdir", "removeDir"},
-    ExportedCommand{"fileattrib", "fileAttrib"},      ExportedCommand{"delete", "bnFullDeleteFcn"},
-    ExportedCommand{"recycle", "bnFullRecycleFcn"},   ExportedCommand{"dir", "bnFullDirFcn"},
-    ExportedCommand{"what", "bnFullWhatFcn"},         ExportedCommand{"isfile", "bnIsFileFcn"},
+    ExportedCommand{"copyfile", "copyFile"},
+    ExportedCommand{"movefile", "moveFile"},
+    ExportedCommand{"mkdir", "makeDir"},
+    ExportedCommand{"rmdir", "removeDir"},
+    ExportedCommand{"fileattrib", "fileAttrib"},
+    ExportedCommand{"delete", "bnFullDeleteFcn"},
+    ExportedCommand{"recycle", "bnFullRecycleFcn"},
+    ExportedCommand{"dir", "bnFullDirFcn"},
+    ExportedCommand{"what", "bnFullWhatFcn"},
+    ExportedCommand{"isfile", "bnIsFileFcn"},
     ExportedCommand{"isfolder", "bnIsFolderFcn"},
 };
 
@@ -52,7 +57,8 @@ runtime::process::SharedLibrary& CommandModule::library() {
         try {
             library_.emplace(path);
         } catch (const std::exception& error) {
-            throw HostError("moduleNotLoaded", u"The commands cannot be loaded: " + widen(error.what()) + u".");
+            throw HostError("moduleNotLoaded",
+                            u"The commands cannot be loaded: " + widen(error.what()) + u".");
         }
         callIfExported(*library_, "KLInitialize_filemanip");
     }

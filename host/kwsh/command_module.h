@@ -1,5 +1,5 @@
-// The module of the file commands: which commands there are, under which names they are exported, and the loaded
-// library.
+// The module of the file commands: which commands there are, under which names they are exported, and the
+// loaded library.
 #pragma once
 
 #include <functional>

@@ -19,7 +19,8 @@ bool isZeroByZero(const kxArray* array) {
 template <class Visitor>
 void forEachElement(const ValueRows& rows, const Visitor& visit) {
     for (const std::vector<Value>& row : rows) {
-        for (const Value& element : row) visit(element.get());
+        for (const Value& element : row)
+            visit(element.get());
     }
 }
 
@@ -76,7 +77,8 @@ ValueRows takingPart(const ValueRows& rows, kxClassID classID) {
     for (const std::vector<Value>& row : rows) {
         std::vector<Value> keptRow;
         for (const Value& element : row) {
-            const bool becomesString = classID == kxSTRING_CLASS && kxGetClassID(element.get()) == kxCHAR_CLASS;
+            const bool becomesString =
+                classID == kxSTRING_CLASS && kxGetClassID(element.get()) == kxCHAR_CLASS;
             if (isZeroByZero(element.get()) && !becomesString) continue;
             keptRow.push_back(converted(element.get(), classID));
         }
@@ -108,8 +110,8 @@ Shape shapeOfAll(const ValueRows& rows) {
     for (std::size_t at = 1; at < rows.size(); ++at) {
         const Shape shape = shapeOfRow(rows[at]);
         if (shape.columns != all.columns) {
-            raiseBad(u"Below each other, all must have as many columns: " + countText(all.columns) + u" and " +
-                     countText(shape.columns) + u" do not fit.");
+            raiseBad(u"Below each other, all must have as many columns: " + countText(all.columns) +
+                     u" and " + countText(shape.columns) + u" do not fit.");
         }
         all.rows += shape.rows;
     }

@@ -60,7 +60,8 @@ std::u16string elementForm(const kxArray* array, std::size_t index) {
     }
     const Value content = shared(kxGetCell(array, index));
     const kxClassID classID = kxGetClassID(content.get());
-    const bool isNumber = isScalar(content.get()) && (classID == kxDOUBLE_CLASS || classID == kxLOGICAL_CLASS);
+    const bool isNumber =
+        isScalar(content.get()) && (classID == kxDOUBLE_CLASS || classID == kxLOGICAL_CLASS);
     const std::u16string form = shortForm(content.get());
     return isNumber ? u"{[" + form + u"]}" : u"{" + form + u"}";
 }
@@ -97,20 +98,23 @@ void appendCell(std::u16string& line, const std::u16string& cell, std::size_t wi
     line += isRightAligned ? padding + cell : cell + padding;
 }
 
-void appendBlock(std::u16string& text, const std::vector<Column>& block, std::size_t rows, bool isRightAligned) {
+void appendBlock(std::u16string& text, const std::vector<Column>& block, std::size_t rows,
+                 bool isRightAligned) {
     for (std::size_t row = 0; row < rows; ++row) {
         std::u16string line;
         for (const Column& column : block) {
             line += line.empty() ? indent : gap;
             appendCell(line, column.cells[row], column.width, isRightAligned);
         }
-        while (line.ends_with(u' ')) line.pop_back();
+        while (line.ends_with(u' '))
+            line.pop_back();
         text += line + u'\n';
     }
 }
 
 /// As many columns from `first` on as fit into the window, at least one.
-std::vector<Column> takeBlock(const kxArray* array, const Page& page, std::size_t first, std::size_t windowWidth) {
+std::vector<Column> takeBlock(const kxArray* array, const Page& page, std::size_t first,
+                              std::size_t windowWidth) {
     std::vector<Column> block;
     std::size_t width = 0;
     for (std::size_t column = first; column < page.columns; ++column) {
@@ -201,14 +205,16 @@ std::u16string shortForm(const kxArray* value) {
     const std::size_t count = kxGetNumberOfElements(value);
     const bool isRow = dimensions.size() == 2 && dimensions[0] == 1;
     const kxClassID classID = kxGetClassID(value);
-    if (classID == kxCHAR_CLASS && ((isRow && count > 0) || (dimensions.size() == 2 && dimensions[0] == 0 && dimensions[1] == 0))) {
+    if (classID == kxCHAR_CLASS &&
+        ((isRow && count > 0) || (dimensions.size() == 2 && dimensions[0] == 0 && dimensions[1] == 0))) {
         const std::span<const char16_t> units = kxGetChars(value);
         return quoted({units.data(), units.size()}, u'\'');
     }
     if (count == 1 && (isNumeric(value) || classID == kxSTRING_CLASS)) return elementForm(value, 0);
     if (isRow && isNumeric(value) && count > 1 && count <= longestShortRow) {
         std::u16string row;
-        for (std::size_t at = 0; at < count; ++at) row += (at == 0 ? u"[" : u" ") + elementForm(value, at);
+        for (std::size_t at = 0; at < count; ++at)
+            row += (at == 0 ? u"[" : u" ") + elementForm(value, at);
         return row + u']';
     }
     return sizeAndClassText(value);

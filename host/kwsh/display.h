@@ -12,15 +12,15 @@
 //       3x1 struct with fields:
 //           name         a structure array: its size and the names of its fields
 //
-// Values stand indented by four. Columns are four blanks apart, numbers to the right, all else to the left. Rows
-// that are wider than the window are shown in blocks of columns, each under a line "(columns 1 to 8)"; the pages
-// of an array of more dimensions stand under "(:,:,2)".
+// Values stand indented by four. Columns are four blanks apart, numbers to the right, all else to the left.
+// Rows that are wider than the window are shown in blocks of columns, each under a line "(columns 1 to 8)";
+// the pages of an array of more dimensions stand under "(:,:,2)".
 //
 // The short form of an element: 'text', "string", <missing>, 1, [1 2 3] for rows of up to eight numbers, and
 // otherwise the size and class, as 2x3 double; a cell array's numbers stand in brackets.
 //
-// Control characters, also those of names of files, are shown by their pictures (U+2400 and up), so that no name
-// can command the terminal or spoil the columns.
+// Control characters, also those of names of files, are shown by their pictures (U+2400 and up), so that no
+// name can command the terminal or spoil the columns.
 #pragma once
 
 #include <cstddef>

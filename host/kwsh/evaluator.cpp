@@ -30,7 +30,8 @@ public:
     kxArray** data() noexcept { return slots_.data(); }
     std::vector<Value> takeValues() {
         std::vector<Value> values(slots_.size());
-        for (std::size_t at = 0; at < slots_.size(); ++at) values[at].reset(std::exchange(slots_[at], nullptr));
+        for (std::size_t at = 0; at < slots_.size(); ++at)
+            values[at].reset(std::exchange(slots_[at], nullptr));
         return values;
     }
 
@@ -42,7 +43,8 @@ std::vector<Value> callEntry(CommandEntry entry, int count, const std::vector<Va
     OutputSlots outputs(count);
     std::vector<const kxArray*> inputs;
     inputs.reserve(arguments.size() + 1);
-    for (const Value& argument : arguments) inputs.push_back(argument.get());
+    for (const Value& argument : arguments)
+        inputs.push_back(argument.get());
     inputs.push_back(nullptr);
     entry(count, outputs.data(), static_cast<int>(arguments.size()), inputs.data());
     return outputs.takeValues();
@@ -57,7 +59,8 @@ std::vector<Value> oneValue(Value value) {
 void requireOneOutput(int count) {
     if (count > 1) {
         throw HostError("tooManyOutputs", u"The right side gives one value, and " +
-                                              countText(static_cast<std::size_t>(count)) + u" were asked for.");
+                                              countText(static_cast<std::size_t>(count)) +
+                                              u" were asked for.");
     }
 }
 
@@ -86,8 +89,9 @@ std::vector<Value> Evaluator::outputs(const Expression& expression, int count) {
     const auto* reference = std::get_if<Reference>(&expression.content);
     if (reference != nullptr && !isVariable(reference->name) && isPlainCall(*reference)) {
         static const std::vector<Expression> noArguments;
-        return call(reference->name, count,
-                    argumentValues(reference->accesses.empty() ? noArguments : reference->accesses[0].arguments));
+        return call(
+            reference->name, count,
+            argumentValues(reference->accesses.empty() ? noArguments : reference->accesses[0].arguments));
     }
     requireOneOutput(count);
     return oneValue(value(expression));
@@ -107,13 +111,15 @@ std::vector<Value> Evaluator::call(std::string_view name, int count, const std::
 std::vector<Value> Evaluator::argumentValues(const std::vector<Expression>& arguments) {
     std::vector<Value> values;
     values.reserve(arguments.size());
-    for (const Expression& argument : arguments) values.push_back(value(argument));
+    for (const Expression& argument : arguments)
+        values.push_back(value(argument));
     return values;
 }
 
 Value Evaluator::arrayValue(const ArrayLiteral& array) {
     ValueRows rows;
-    for (const std::vector<Expression>& row : array.rows) rows.push_back(argumentValues(row));
+    for (const std::vector<Expression>& row : array.rows)
+        rows.push_back(argumentValues(row));
     return array.isCell ? joinCells(rows) : joinMatrices(rows);
 }
 
@@ -127,9 +133,9 @@ Value Evaluator::referenceValue(const Reference& reference) {
         const bool hasArguments =
             !reference.accesses.empty() && reference.accesses[0].kind == AccessKind::parentheses;
         used = hasArguments ? 1 : 0;
-        result = std::move(call(reference.name, 1,
-                                hasArguments ? argumentValues(reference.accesses[0].arguments)
-                                             : std::vector<Value>())[0]);
+        result = std::move(
+            call(reference.name, 1,
+                 hasArguments ? argumentValues(reference.accesses[0].arguments) : std::vector<Value>())[0]);
         if (!result) {
             throw HostError("outputNotSet", u"'" + widen(reference.name) + u"' gave no value.");
         }

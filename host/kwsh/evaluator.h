@@ -20,8 +20,9 @@ public:
     /// The one value of an expression. Raises `HostError` "outputNotSet" when a call gives none.
     Value value(const Expression& expression);
 
-    /// The outputs of a call, or the one value of any other expression. At least one slot; a slot is null where
-    /// the call set nothing. Raises `HostError` "tooManyOutputs" when there is no call that could give so many.
+    /// The outputs of a call, or the one value of any other expression. At least one slot; a slot is null
+    /// where the call set nothing. Raises `HostError` "tooManyOutputs" when there is no call that could give
+    /// so many.
     std::vector<Value> outputs(const Expression& expression, int count);
 
     /// The same for a name and arguments that are values already.

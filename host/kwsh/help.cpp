@@ -43,8 +43,9 @@ constexpr std::array fileCommands = {
   rmdir(..., 'resolvesymboliclinks', t)   true: the folder that a link leads to
   [status, text, id] = rmdir(...)         tells of a failure instead of raising it
 )"},
-    HelpEntry{"delete", "deletes files, or moves them to the recycle bin",
-              R"(  delete(name, ...)                       files; * in the last part of a name matches any text
+    HelpEntry{
+        "delete", "deletes files, or moves them to the recycle bin",
+        R"(  delete(name, ...)                       files; * in the last part of a name matches any text
   delete(..., 'resolvesymboliclinks', t)  true: what a link leads to
   See recycle for the recycle bin. Folders are left to rmdir.
 )"},
@@ -128,12 +129,14 @@ std::string lineOf(std::string_view name, std::string_view text, std::size_t wid
 
 template <class Entries>
 void appendLines(std::string& text, const Entries& entries) {
-    for (const HelpEntry& entry : entries) text += lineOf(entry.name, entry.summary, 13);
+    for (const HelpEntry& entry : entries)
+        text += lineOf(entry.name, entry.summary, 13);
 }
 
 const HelpEntry* findEntry(std::string_view name) {
     const auto isIt = [name](const HelpEntry& entry) { return entry.name == name; };
-    if (const auto found = std::ranges::find_if(fileCommands, isIt); found != fileCommands.end()) return &*found;
+    if (const auto found = std::ranges::find_if(fileCommands, isIt); found != fileCommands.end())
+        return &*found;
     const auto found = std::ranges::find_if(hostCommandHelp, isIt);
     return found == hostCommandHelp.end() ? nullptr : &*found;
 }
@@ -146,18 +149,21 @@ std::string helpOverview() {
     text += "The session\n";
     appendLines(text, hostCommandHelp);
     text += "Functions\n";
-    for (const HostFunction& function : hostFunctions()) text += lineOf(function.form, function.meaning, 21);
+    for (const HostFunction& function : hostFunctions())
+        text += lineOf(function.form, function.meaning, 21);
     return text + std::string(statementHelp);
 }
 
 std::string helpOf(std::string_view name) {
     if (const HelpEntry* entry = findEntry(name)) {
-        return std::string(entry->name) + ": " + std::string(entry->summary) + ".\n" + std::string(entry->forms);
+        return std::string(entry->name) + ": " + std::string(entry->summary) + ".\n" +
+               std::string(entry->forms);
     }
     if (const HostFunction* function = findHostFunction(name)) {
         return std::string(function->form) + ": " + std::string(function->meaning) + ".\n";
     }
-    throw HostError("noHelp", u"There is no command or function '" + widen(name) + u"'; 'help' lists them all.");
+    throw HostError("noHelp",
+                    u"There is no command or function '" + widen(name) + u"'; 'help' lists them all.");
 }
 
 }  // namespace korvex::host

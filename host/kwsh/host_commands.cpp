@@ -32,7 +32,9 @@ std::u16string textArgument(const Value& argument) {
     return std::move(*text);
 }
 
-std::string nameArgument(const Value& argument) { return runtime::text::toDisplayBytes(textArgument(argument)); }
+std::string nameArgument(const Value& argument) {
+    return runtime::text::toDisplayBytes(textArgument(argument));
+}
 
 Outputs oneText(std::u16string_view text) {
     Outputs outputs;
@@ -88,7 +90,8 @@ Outputs changeFolder(Workspace& workspace, int outputs, Arguments arguments) {
 Outputs switchWarning(Workspace&, int, Arguments arguments) {
     const std::u16string word = arguments.empty() ? std::u16string() : textArgument(arguments[0]);
     if (word != u"on" && word != u"off") {
-        throw HostError("badArgument", u"'warning' needs 'on' or 'off', and may have an identifier behind it.");
+        throw HostError("badArgument",
+                        u"'warning' needs 'on' or 'off', and may have an identifier behind it.");
     }
     runtime::interpreter::setWarningEnabled(arguments.size() > 1 ? nameArgument(arguments[1]) : "all",
                                             word == u"on");
@@ -108,14 +111,16 @@ Outputs showLastWarning(Workspace&, int outputs, Arguments) {
 
 Outputs listVariables(Workspace& workspace, int, Arguments) {
     std::u16string names;
-    for (const auto& [name, value] : workspace.variables) names += widen(name) + u"\n";
+    for (const auto& [name, value] : workspace.variables)
+        names += widen(name) + u"\n";
     writeOutput(names);
     return {};
 }
 
 Outputs clearVariables(Workspace& workspace, int, Arguments arguments) {
     if (arguments.empty()) workspace.variables.clear();
-    for (const Value& argument : arguments) workspace.variables.erase(nameArgument(argument));
+    for (const Value& argument : arguments)
+        workspace.variables.erase(nameArgument(argument));
     return {};
 }
 
@@ -136,22 +141,14 @@ Outputs refuse(Workspace&, int, Arguments) {
 }
 
 constexpr std::array commands = {
-    HostCommand{"addpath", 0, noLimit, refuse},
-    HostCommand{"cd", 1, 1, changeFolder},
-    HostCommand{"clear", 0, noLimit, clearVariables},
-    HostCommand{"exit", 0, 0, requestExit},
-    HostCommand{"functions", 0, noLimit, refuse},
-    HostCommand{"help", 0, 1, showHelp},
-    HostCommand{"lasterr", 2, 0, showLastError},
-    HostCommand{"lastwarn", 2, 0, showLastWarning},
-    HostCommand{"load", 0, noLimit, refuse},
-    HostCommand{"package", 0, noLimit, refuse},
-    HostCommand{"path", 0, noLimit, refuse},
-    HostCommand{"pwd", 1, 0, printFolder},
-    HostCommand{"quit", 0, 0, requestExit},
-    HostCommand{"rmpath", 0, noLimit, refuse},
-    HostCommand{"warning", 0, 2, switchWarning},
-    HostCommand{"who", 0, 0, listVariables},
+    HostCommand{"addpath", 0, noLimit, refuse},       HostCommand{"cd", 1, 1, changeFolder},
+    HostCommand{"clear", 0, noLimit, clearVariables}, HostCommand{"exit", 0, 0, requestExit},
+    HostCommand{"functions", 0, noLimit, refuse},     HostCommand{"help", 0, 1, showHelp},
+    HostCommand{"lasterr", 2, 0, showLastError},      HostCommand{"lastwarn", 2, 0, showLastWarning},
+    HostCommand{"load", 0, noLimit, refuse},          HostCommand{"package", 0, noLimit, refuse},
+    HostCommand{"path", 0, noLimit, refuse},          HostCommand{"pwd", 1, 0, printFolder},
+    HostCommand{"quit", 0, 0, requestExit},           HostCommand{"rmpath", 0, noLimit, refuse},
+    HostCommand{"warning", 0, 2, switchWarning},      HostCommand{"who", 0, 0, listVariables},
 };
 static_assert(std::ranges::is_sorted(commands, {}, &HostCommand::name));
 

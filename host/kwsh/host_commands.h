@@ -21,8 +21,8 @@ struct HostCommand {
 /// Null when there is none of that name.
 const HostCommand* findHostCommand(std::string_view name);
 
-/// Gives at least one slot, and `outputs` of them when more were asked for; null where nothing was set. Raises
-/// the interpreter's count errors and `HostError`.
+/// Gives at least one slot, and `outputs` of them when more were asked for; null where nothing was set.
+/// Raises the interpreter's count errors and `HostError`.
 std::vector<Value> callHostCommand(const HostCommand& command, Workspace& workspace, int outputs,
                                    std::span<const Value> arguments);
 

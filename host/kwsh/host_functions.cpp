@@ -1,5 +1,5 @@
-// The table of the host's functions and those that look at values or make arrays; conversions between texts and
-// numbers are in text_functions.cpp.
+// The table of the host's functions and those that look at values or make arrays; conversions between texts
+// and numbers are in text_functions.cpp.
 #include "host/kwsh/host_functions.h"
 
 #include <algorithm>
@@ -40,11 +40,13 @@ Dimensions dimensionsFrom(std::span<const Value> arguments) {
     const kxArray* first = arguments[0].get();
     Dimensions dimensions;
     if (arguments.size() > 1) {
-        for (const Value& argument : arguments) dimensions.push_back(sizeFrom(argument.get()));
+        for (const Value& argument : arguments)
+            dimensions.push_back(sizeFrom(argument.get()));
     } else if (isScalar(first)) {
         dimensions.assign(2, sizeFrom(first));
     } else if (kxGetClassID(first) == kxDOUBLE_CLASS && kxGetNumberOfElements(first) >= 2) {
-        for (const double number : kxGetDoubles(first)) dimensions.push_back(sizeFrom(number));
+        for (const double number : kxGetDoubles(first))
+            dimensions.push_back(sizeFrom(number));
     } else {
         raiseBad(u"Sizes must be numbers, not a " + sizeAndClassText(first) + u".");
     }
@@ -53,7 +55,9 @@ Dimensions dimensionsFrom(std::span<const Value> arguments) {
 
 // --------------------------------------------------------------------------------------- making
 
-Value zerosOf(std::span<const Value> arguments) { return makeArray(kxDOUBLE_CLASS, dimensionsFrom(arguments)); }
+Value zerosOf(std::span<const Value> arguments) {
+    return makeArray(kxDOUBLE_CLASS, dimensionsFrom(arguments));
+}
 
 Value onesOf(std::span<const Value> arguments) {
     Value array = zerosOf(arguments);
@@ -93,12 +97,14 @@ Value reshapeOf(std::span<const Value> arguments) {
     Dimensions dimensions = dimensionsFrom(arguments.subspan(1));
     // Multiplied as doubles: what is too large to count exactly is unequal in any case.
     double count = 1;
-    for (const std::size_t dimension : dimensions) count *= static_cast<double>(dimension);
+    for (const std::size_t dimension : dimensions)
+        count *= static_cast<double>(dimension);
     if (count != static_cast<double>(kxGetNumberOfElements(array))) {
         raiseBad(u"The sizes must hold as many elements as the array: " +
                  countText(kxGetNumberOfElements(array)) + u".");
     }
-    while (dimensions.size() > 2 && dimensions.back() == 1) dimensions.pop_back();
+    while (dimensions.size() > 2 && dimensions.back() == 1)
+        dimensions.pop_back();
     Value reshaped(kxDuplicateArray(array));
     kxSetDimensions(reshaped.get(), dimensions);
     return reshaped;
@@ -142,7 +148,9 @@ Value sizeOf(std::span<const Value> arguments) {
     return sizes;
 }
 
-Value classOf(std::span<const Value> arguments) { return makeText(widen(kxGetClassName(arguments[0].get()))); }
+Value classOf(std::span<const Value> arguments) {
+    return makeText(widen(kxGetClassName(arguments[0].get())));
+}
 
 Value numelOf(std::span<const Value> arguments) {
     return makeDouble(static_cast<double>(kxGetNumberOfElements(arguments[0].get())));

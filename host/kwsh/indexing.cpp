@@ -15,11 +15,13 @@ std::size_t offsetOf(const kxArray* index, std::size_t extent, std::u16string_vi
     }
     const double number = kxGetScalar(index);
     if (!(number >= 1) || number != std::trunc(number)) {
-        throw HostError("badIndex", u"An index must be a whole number from 1, not " + widen(numberText(number)) + u".");
+        throw HostError("badIndex",
+                        u"An index must be a whole number from 1, not " + widen(numberText(number)) + u".");
     }
     if (number > static_cast<double>(extent)) {
-        const std::u16string end =
-            extent == 0 ? u"there is no " + std::u16string(what) : u"the last " + std::u16string(what) + u" is " + countText(extent);
+        const std::u16string end = extent == 0
+                                       ? u"there is no " + std::u16string(what)
+                                       : u"the last " + std::u16string(what) + u" is " + countText(extent);
         throw HostError("indexOutOfRange",
                         u"The index " + widen(numberText(number)) + u" is too large: " + end + u".");
     }
@@ -35,7 +37,8 @@ std::size_t storageOffset(const kxArray* array, std::span<const Value> indexes) 
     for (std::size_t at = 0; at < indexes.size(); ++at) {
         std::size_t extent = at < dimensions.size() ? dimensions[at] : 1;
         if (at + 1 == indexes.size()) {
-            for (std::size_t left = at + 1; left < dimensions.size(); ++left) extent *= dimensions[left];
+            for (std::size_t left = at + 1; left < dimensions.size(); ++left)
+                extent *= dimensions[left];
         }
         const std::u16string what = at == 0 ? u"row" : at == 1 ? u"column" : u"page";
         offset += stride * offsetOf(indexes[at].get(), extent, what);

@@ -8,8 +8,8 @@
 
 namespace korvex::host {
 
-/// `array(k)`, `array(row, column, ...)`: one element as an array of the same class; the whole array without an
-/// index. Raises `HostError` "badIndex" or "indexOutOfRange".
+/// `array(k)`, `array(row, column, ...)`: one element as an array of the same class; the whole array without
+/// an index. Raises `HostError` "badIndex" or "indexOutOfRange".
 Value elementAt(const kxArray* array, std::span<const Value> indexes);
 
 /// `array{k}`: the content of one element of a cell array.

@@ -24,7 +24,9 @@ std::uint32_t takeCodePoint(std::u16string_view text, std::size_t& at) {
 }
 
 void appendBytes(std::string& bytes, std::uint32_t codePoint) {
-    const auto append = [&](std::uint32_t value) { bytes += static_cast<char>(static_cast<unsigned char>(value)); };
+    const auto append = [&](std::uint32_t value) {
+        bytes += static_cast<char>(static_cast<unsigned char>(value));
+    };
     if (codePoint < 0x80) {
         append(codePoint);
         return;
@@ -48,7 +50,8 @@ void writeText(std::string& line, std::string_view bytes) {
     constexpr std::string_view digits = "0123456789abcdef";
     const auto writeEscape = [&](std::uint32_t unit) {
         line += "\\u";
-        for (int shift = 12; shift >= 0; shift -= 4) line += digits[unit >> shift & 0xF];
+        for (int shift = 12; shift >= 0; shift -= 4)
+            line += digits[unit >> shift & 0xF];
     };
     line += '"';
     for (std::size_t at = 0; at < bytes.size(); ++at) {
@@ -151,7 +154,8 @@ Json valueJson(const kxArray* value, int depth) {
     Json json = Json::object();
     json["class"] = kxGetClassName(value);
     json["size"] = Json::array();
-    for (const std::size_t dimension : kxGetDimensions(value)) json["size"].push_back(dimension);
+    for (const std::size_t dimension : kxGetDimensions(value))
+        json["size"].push_back(dimension);
     json["data"] = dataJson(value, depth);
     if (kxGetClassID(value) == kxSTRUCT_CLASS) {
         json["fields"] = Json::array();
@@ -167,7 +171,8 @@ Json valueJson(const kxArray* value, int depth) {
 Json jsonText(std::u16string_view text) {
     std::string bytes;
     bytes.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) appendBytes(bytes, takeCodePoint(text, at));
+    for (std::size_t at = 0; at < text.size();)
+        appendBytes(bytes, takeCodePoint(text, at));
     return bytes;
 }
 

@@ -1,7 +1,7 @@
 // Values and failures as JSON, and JSON as one line of text.
 //
-// The JSON library holds text as UTF-8, which has no place for an unpaired surrogate: such a unit is held here as
-// the three bytes that UTF-8 would use for its number, and written as the escape \udXXX.
+// The JSON library holds text as UTF-8, which has no place for an unpaired surrogate: such a unit is held
+// here as the three bytes that UTF-8 would use for its number, and written as the escape \udXXX.
 #pragma once
 
 #include <nlohmann/json.hpp>

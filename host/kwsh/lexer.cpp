@@ -22,7 +22,8 @@ std::u16string takeQuotedText(LineBuffer& source) {
     std::u16string text;
     for (source.advance();; source.advance()) {
         if (source.isAtEnd()) {
-            throw syntaxError(u"the text that begins here has no closing " + std::u16string(1, quote) + u".", begin);
+            throw syntaxError(u"the text that begins here has no closing " + std::u16string(1, quote) + u".",
+                              begin);
         }
         if (source.unit() == quote) {
             if (source.unit(1) != quote) break;
@@ -35,7 +36,8 @@ std::u16string takeQuotedText(LineBuffer& source) {
 }
 
 void takeDigits(LineBuffer& source, std::string& digits) {
-    for (; isDigit(source.unit()); source.advance()) digits += static_cast<char>(source.unit());
+    for (; isDigit(source.unit()); source.advance())
+        digits += static_cast<char>(source.unit());
 }
 
 /// Digits, a fraction, an exponent. A point that begins `...` is not the number's.
@@ -58,8 +60,10 @@ double takeNumber(LineBuffer& source) {
         }
     }
     double number = 0;
-    const std::from_chars_result result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    if (result.ec != std::errc() || result.ptr != digits.data() + digits.size() || isNameUnit(source.unit())) {
+    const std::from_chars_result result =
+        std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (result.ec != std::errc() || result.ptr != digits.data() + digits.size() ||
+        isNameUnit(source.unit())) {
         throw syntaxError(u"this is no number that can be read.", begin);
     }
     return number;
@@ -70,7 +74,8 @@ public:
     explicit Lexer(LineBuffer& source) : source_(source) {}
 
     std::vector<Token> read() {
-        while (prepareToken()) readToken();
+        while (prepareToken())
+            readToken();
         next_.kind = TokenKind::end;
         tokens_.push_back(std::move(next_));
         return std::move(tokens_);
@@ -109,7 +114,8 @@ private:
     void goToNextRow() {
         const Bracket& innermost = brackets_.back();
         if (innermost.opening == u'(' || !source_.continueLine()) {
-            throw syntaxError(u"this " + quoted(innermost.opening) + u" is never closed.", innermost.position);
+            throw syntaxError(u"this " + quoted(innermost.opening) + u" is never closed.",
+                              innermost.position);
         }
         Token rowEnd;
         rowEnd.kind = TokenKind::rowEnd;

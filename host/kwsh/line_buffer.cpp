@@ -51,21 +51,24 @@ void LineBuffer::clear() {
 
 bool LineBuffer::skipBlanks() noexcept {
     const std::size_t begin = at_;
-    while (isBlank(unit())) ++at_;
+    while (isBlank(unit()))
+        ++at_;
     return at_ != begin;
 }
 
 std::string LineBuffer::takeName() {
     std::string name;
     if (!isNameStart(unit())) return name;
-    for (; isNameUnit(unit()); ++at_) name += static_cast<char>(unit());
+    for (; isNameUnit(unit()); ++at_)
+        name += static_cast<char>(unit());
     return name;
 }
 
 bool LineBuffer::isAtContinuationMark() const noexcept {
     if (unit() != u'.' || unit(1) != u'.' || unit(2) != u'.') return false;
     std::size_t ahead = 3;
-    while (isBlank(unit(ahead))) ++ahead;
+    while (isBlank(unit(ahead)))
+        ++ahead;
     return unit(ahead) == u'\n' || unit(ahead) == u'%';
 }
 

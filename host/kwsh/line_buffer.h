@@ -14,8 +14,8 @@ namespace korvex::host {
 class LineSource {
 public:
     virtual ~LineSource() = default;
-    /// The next line without its end; nothing when there is none. `isContinuation` tells that the line belongs
-    /// to a statement that was begun before.
+    /// The next line without its end; nothing when there is none. `isContinuation` tells that the line
+    /// belongs to a statement that was begun before.
     virtual std::optional<std::u16string> nextLine(bool isContinuation) = 0;
 };
 
@@ -41,8 +41,8 @@ public:
     void goTo(std::size_t offset) noexcept { at_ = offset; }
     /// Skips blanks and tabs; true when there was one.
     bool skipBlanks() noexcept;
-    /// Skips a name of ASCII letters, digits and underscores that does not begin with a digit; empty when there
-    /// is none.
+    /// Skips a name of ASCII letters, digits and underscores that does not begin with a digit; empty when
+    /// there is none.
     std::string takeName();
 
     std::size_t offset() const noexcept { return at_; }

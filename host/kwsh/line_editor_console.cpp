@@ -30,6 +30,8 @@ public:
 
 }  // namespace
 
-std::unique_ptr<LineEditor> makeLineEditor(const std::u16string&) { return std::make_unique<ConsoleEditor>(); }
+std::unique_ptr<LineEditor> makeLineEditor(const std::u16string&) {
+    return std::make_unique<ConsoleEditor>();
+}
 
 }  // namespace korvex::host

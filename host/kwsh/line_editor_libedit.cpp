@@ -1,7 +1,6 @@
 // Line editing by libedit.
 #include <histedit.h>
 
-#include <cerrno>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 
 #include "host/kwsh/line_editor.h"
 #include "runtime/interpreter/interrupts.h"
+#include "runtime/process/process.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::host {
@@ -27,14 +27,9 @@ void useUtf8Locale() {
 int readCharacter(EditLine*, wchar_t* character) {
     std::mbstate_t state{};
     for (;;) {
+        if (!runtime::process::waitForInput()) return -1;
         const int byte = std::fgetc(stdin);
-        if (byte == EOF) {
-            const bool isInterrupted = std::ferror(stdin) != 0 && errno == EINTR;
-            std::clearerr(stdin);
-            if (!isInterrupted) return 0;
-            if (runtime::interpreter::isInterruptPending()) return -1;
-            continue;  // another signal, as for a new window size
-        }
+        if (byte == EOF) return 0;
         const char unit = static_cast<char>(byte);
         const std::size_t used = std::mbrtowc(character, &unit, 1, &state);
         if (used == static_cast<std::size_t>(-2)) continue;
@@ -55,6 +50,8 @@ public:
     explicit LibeditEditor(const std::u16string& configurationFolder)
         : folder_(runtime::text::toBytes(configurationFolder).value_or("")), history_(::history_init()) {
         useUtf8Locale();
+        // What stands in a buffer would not be seen by the one who waits for input.
+        std::setvbuf(stdin, nullptr, _IONBF, 0);
         editor_.reset(::el_init("kwsh", stdin, stdout, stderr));
         ::el_set(editor_.get(), EL_CLIENTDATA, this);
         ::el_set(editor_.get(), EL_PROMPT, &LibeditEditor::promptOf);
@@ -69,6 +66,7 @@ public:
 
     TypedLine read(const std::string& prompt) override {
         prompt_ = prompt;
+        ::el_resize(editor_.get());
         int count = 0;
         const char* line = ::el_gets(editor_.get(), &count);
         if (runtime::interpreter::takeInterrupt()) {
@@ -78,7 +76,8 @@ public:
         }
         if (line == nullptr || count <= 0) return {InputEnd::endOfInput, {}};
         std::string text(line, static_cast<std::size_t>(count));
-        while (text.ends_with('\n') || text.ends_with('\r')) text.pop_back();
+        while (text.ends_with('\n') || text.ends_with('\r'))
+            text.pop_back();
         return {InputEnd::line, runtime::text::fromBytes(text)};
     }
 

@@ -23,9 +23,11 @@ constexpr OptionHelp jsonHelp{"--json", "", "one JSON object a statement on stan
                               "kwsh --json -e \"x = isfile('a.txt')\""};
 constexpr OptionHelp transcriptHelp{"--transcript", "", "print each statement behind >> and what it gave",
                                     "kwsh --transcript tour.k"};
-constexpr OptionHelp stopHelp{"--stop-on-error", "", "end at the first error, also with --json and --transcript",
+constexpr OptionHelp stopHelp{"--stop-on-error", "",
+                              "end at the first error, also with --json and --transcript",
                               "kwsh --json --stop-on-error build.k"};
-constexpr OptionHelp folderHelp{"--cd", "FOLDER", "the current folder at the start", "kwsh --cd /data clean.k"};
+constexpr OptionHelp folderHelp{"--cd", "FOLDER", "the current folder at the start",
+                                "kwsh --cd /data clean.k"};
 constexpr OptionHelp configurationHelp{"--config", "FOLDER", "where settings and the history are kept",
                                        "kwsh --config ./settings"};
 constexpr OptionHelp columnsHelp{"--columns", "N", "the width of the window in characters",

@@ -68,7 +68,8 @@ private:
         if (peek().kind == TokenKind::name) return isSymbol(peek(1), u'=');
         if (!isAt(u'[')) return false;
         std::size_t ahead = 1;
-        while (peek(ahead).kind != TokenKind::end && !isSymbol(peek(ahead), u']')) ++ahead;
+        while (peek(ahead).kind != TokenKind::end && !isSymbol(peek(ahead), u']'))
+            ++ahead;
         return isSymbol(peek(ahead + 1), u'=');
     }
 
@@ -100,7 +101,8 @@ private:
             return true;
         }
         if (isAt(closing) || isAt(u';') || peek().kind == TokenKind::rowEnd) return false;
-        if (!peek().isAfterBlank) raiseUnexpected(u"a blank, ',', ';' or '" + std::u16string(1, closing) + u"'");
+        if (!peek().isAfterBlank)
+            raiseUnexpected(u"a blank, ',', ';' or '" + std::u16string(1, closing) + u"'");
         return true;
     }
 

@@ -96,7 +96,8 @@ bool isConversation(const Options& options) {
 /// Where statements come from, in order.
 std::vector<std::unique_ptr<LineSource>> openSources(const Options& options, std::istream& input) {
     std::vector<std::unique_ptr<LineSource>> sources;
-    for (const std::string& text : options.statements) sources.push_back(std::make_unique<TextLines>(text));
+    for (const std::string& text : options.statements)
+        sources.push_back(std::make_unique<TextLines>(text));
     if (options.script && *options.script != "-") {
         sources.push_back(std::make_unique<TextLines>(scriptText(*options.script)));
     } else if (options.statements.empty()) {

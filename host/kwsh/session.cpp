@@ -16,7 +16,9 @@ constexpr const char* answerName = "ans";
 
 }  // namespace
 
-bool isCommandName(std::string_view name) { return isModuleCommand(name) || findHostCommand(name) != nullptr; }
+bool isCommandName(std::string_view name) {
+    return isModuleCommand(name) || findHostCommand(name) != nullptr;
+}
 
 Session::Session(Presenter& presenter, CommandLookup commands)
     : presenter_(presenter),
@@ -113,22 +115,23 @@ void Session::runAssignment(const Assignment& assignment, bool isShown) {
         presenter_.result(*name, variable.get(), isShown);
     }
     if (firstUnset != 0) {
-        throw HostError("outputNotSet", u"Output " + countText(firstUnset) + u" was asked for and not given.");
+        throw HostError("outputNotSet",
+                        u"Output " + countText(firstUnset) + u" was asked for and not given.");
     }
 }
 
 void Session::runWords(const CommandWords& command, bool isShown) {
     std::vector<Value> arguments;
-    for (const std::u16string& word : command.words) arguments.push_back(makeText(word));
+    for (const std::u16string& word : command.words)
+        arguments.push_back(makeText(word));
     setAnswer(std::move(Evaluator(workspace_, commands_).call(command.name, 0, arguments)[0]), isShown);
 }
 
 void Session::runShell(const ShellCommand& command) {
     ShellOutput output;
-    runtime::process::runShellCommand(command.command, runtime::dispatcher::currentFolderPath(),
-                                      [&](std::string_view bytes) {
-                                          runtime::interpreter::writeOutput(output.complete(bytes));
-                                      });
+    runtime::process::runShellCommand(
+        command.command, runtime::dispatcher::currentFolderPath(),
+        [&](std::string_view bytes) { runtime::interpreter::writeOutput(output.complete(bytes)); });
     runtime::interpreter::writeOutput(output.rest());
 }
 

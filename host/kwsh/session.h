@@ -25,8 +25,8 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Runs one statement. False when it failed. Never raises for what the statement does: an error ends in the
-    /// presenter. A pending interrupt is taken at the end and makes the statement fail.
+    /// Runs one statement. False when it failed. Never raises for what the statement does: an error ends in
+    /// the presenter. A pending interrupt is taken at the end and makes the statement fail.
     bool run(const SourceStatement& statement);
 
     /// Runs all that the reader gives, up to `exit`, an interrupt, or, when asked to, the first failure.

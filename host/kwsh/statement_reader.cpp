@@ -7,7 +7,8 @@ namespace {
 bool isSeparator(char16_t unit) noexcept { return unit == u';' || unit == u','; }
 
 std::u16string_view withoutBlanksAtEnd(std::u16string_view text) {
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
     return text;
 }
 
@@ -27,7 +28,8 @@ std::optional<ScriptItem> StatementReader::next() {
             source_.skipToEnd();
             return PlainLine{std::u16string(source_.textFrom(0, source_.offset()))};
         }
-        while (isSeparator(source_.unit()) || isBlank(source_.unit())) source_.advance();
+        while (isSeparator(source_.unit()) || isBlank(source_.unit()))
+            source_.advance();
         if (source_.unit() == u'%') source_.skipToEnd();
         if (!source_.isAtEnd()) return readStatement();
     }
@@ -68,7 +70,8 @@ void StatementReader::readContent(SourceStatement& statement, std::size_t begin)
 bool StatementReader::isCommandForm(std::string_view name) const {
     if (name.empty() || !isBlank(source_.unit()) || !isCommand_(name)) return false;
     std::size_t ahead = 0;
-    while (isBlank(source_.unit(ahead))) ++ahead;
+    while (isBlank(source_.unit(ahead)))
+        ++ahead;
     // Nothing behind the name is a call without arguments.
     constexpr std::u16string_view endsOrOpens = u"\n%;,(=";
     return endsOrOpens.find(source_.unit(ahead)) == std::u16string_view::npos;

@@ -1,12 +1,13 @@
 // Cuts a stream of lines into statements.
 //
-// A statement ends with its line, `;` or `,`, outside of brackets and quotes. Inside of [ ] and { } a line end
-// begins the next row, `...` at the end of a line continues it, `%` starts a comment. Two forms are read here
-// and not as expressions:
+// A statement ends with its line, `;` or `,`, outside of brackets and quotes. Inside of [ ] and { } a line
+// end begins the next row, `...` at the end of a line continues it, `%` starts a comment. Two forms are read
+// here and not as expressions:
 //
-//   name word 'two words'   a command's name, a blank, and something that is neither ( nor = : words up to the
-//                           end of the statement. A quote, ' or ", keeps blanks and separators; doubled inside
-//                           it is itself. `%` behind a blank starts a comment.
+//   name word 'two words'   a command's name, a blank, and something that is neither ( nor = : words up to
+//   the
+//                           end of the statement. A quote, ' or ", keeps blanks and separators; doubled
+//                           inside it is itself. `%` behind a blank starts a comment.
 //   !command                everything up to the end of the line is for the system's shell.
 #pragma once
 

@@ -29,7 +29,9 @@ void StreamPresenter::printed(std::u16string_view text) {
     isInsideLine_ = !text.ends_with(u'\n');
 }
 
-void StreamPresenter::warned(const runtime::interpreter::Warning& warning) { show(errors_, warningText(warning)); }
+void StreamPresenter::warned(const runtime::interpreter::Warning& warning) {
+    show(errors_, warningText(warning));
+}
 
 void StreamPresenter::result(const std::string& name, const kxArray* value, bool isShown) {
     if (isShown) show(output_, displayText(name, value, runtime::interpreter::windowColumns()));

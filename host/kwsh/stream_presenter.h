@@ -1,4 +1,5 @@
-// For people: prints and display on one stream, errors and warnings on another, in the order in which they come.
+// For people: prints and display on one stream, errors and warnings on another, in the order in which they
+// come.
 #pragma once
 
 #include <ostream>

@@ -42,7 +42,8 @@ Value stringsFromRows(const kxArray* chars) {
     Value strings = makeArray(kxSTRING_CLASS, {rows, 1});
     for (std::size_t row = 0; row < rows; ++row) {
         std::u16string text(columns, u'\0');
-        for (std::size_t column = 0; column < columns; ++column) text[column] = units[column * rows + row];
+        for (std::size_t column = 0; column < columns; ++column)
+            text[column] = units[column * rows + row];
         kxSetStringElement(strings.get(), row, std::move(text));
     }
     return strings;
@@ -123,8 +124,8 @@ Value stringsFrom(std::span<const Value> arguments) {
                 return std::u16string(kxGetLogicals(array)[at] ? u"true" : u"false");
             });
         case kxCELL_CLASS:
-            return stringsElementwise(array,
-                                      [&](std::size_t at) { return textOrMissing(shared(kxGetCell(array, at)).get()); });
+            return stringsElementwise(
+                array, [&](std::size_t at) { return textOrMissing(shared(kxGetCell(array, at)).get()); });
         default: raiseBad(u"A " + sizeAndClassText(array) + u" has no texts.");
     }
 }

@@ -22,7 +22,8 @@ bool needsMark(std::string_view line) {
 }  // namespace
 
 void TranscriptPresenter::plainLine(std::u16string_view line) {
-    while (!line.empty() && isBlank(line.front())) line.remove_prefix(1);
+    while (!line.empty() && isBlank(line.front()))
+        line.remove_prefix(1);
     output_ << runtime::text::toDisplayBytes(line) << '\n';
 }
 
@@ -58,7 +59,8 @@ void TranscriptPresenter::failed(const Failure& failure) { show(errorText(failur
 
 void TranscriptPresenter::statementEnds() {
     if (!line_.empty()) endLine();
-    for (; pendingEmptyLines_ > 0; --pendingEmptyLines_) output_ << emptyOutputLine << '\n';
+    for (; pendingEmptyLines_ > 0; --pendingEmptyLines_)
+        output_ << emptyOutputLine << '\n';
     output_.flush();
 }
 
@@ -72,7 +74,8 @@ void TranscriptPresenter::endLine() {
         ++pendingEmptyLines_;
         return;
     }
-    for (; pendingEmptyLines_ > 0; --pendingEmptyLines_) output_ << '\n';
+    for (; pendingEmptyLines_ > 0; --pendingEmptyLines_)
+        output_ << '\n';
     const std::string line = runtime::text::toDisplayBytes(line_);
     if (needsMark(line)) output_ << outputMark;
     output_ << line << '\n';

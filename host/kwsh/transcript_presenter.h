@@ -8,8 +8,8 @@
 //
 // A statement stands behind ">> ", the lines that continue it behind ".. " (an empty one is ".."), everything
 // else is what it gave. An output line that looks like one of the script's, or begins with "\ ", gets "\ " in
-// front, and an empty output line is "\" where nothing but empty lines follow in the output. So every line tells
-// by itself, or by the lines behind it, where it comes from.
+// front, and an empty output line is "\" where nothing but empty lines follow in the output. So every line
+// tells by itself, or by the lines behind it, where it comes from.
 #pragma once
 
 #include <ostream>

@@ -25,7 +25,8 @@ std::size_t bytesPerElement(kxClassID classID, std::size_t fields) {
 
 /// Drops dimensions of 1 at the end and raises when the array would be too large.
 Dimensions checkedDimensions(Dimensions dimensions, std::size_t elementBytes) {
-    while (dimensions.size() > 2 && dimensions.back() == 1) dimensions.pop_back();
+    while (dimensions.size() > 2 && dimensions.back() == 1)
+        dimensions.pop_back();
     // Each single dimension is bounded too, so that an empty array cannot have sizes that overflow elsewhere.
     std::size_t count = elementBytes == 0 ? 1 : elementBytes;
     bool isTooLarge = false;
@@ -135,8 +136,9 @@ std::string numberText(double number) {
     std::array<char, 400> digits{};
     const bool isPlainWhole = number == std::trunc(number) && std::abs(number) < 1e15;
     const std::to_chars_result end =
-        isPlainWhole ? std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed)
-                     : std::to_chars(digits.data(), digits.data() + digits.size(), number);
+        isPlainWhole
+            ? std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed)
+            : std::to_chars(digits.data(), digits.data() + digits.size(), number);
     return std::string(digits.data(), end.ptr);
 }
 

@@ -28,14 +28,14 @@ Value makeString(const std::optional<std::u16string>& text);
 Value makeDouble(double number);
 Value makeLogical(bool truth);
 
-/// An array with the class, and the fields of a structure, of `model`. Dimensions of 1 at the end are dropped,
-/// down to two. Raises `HostError`.
+/// An array with the class, and the fields of a structure, of `model`. Dimensions of 1 at the end are
+/// dropped, down to two. Raises `HostError`.
 Value makeArrayLike(const kxArray* model, Dimensions dimensions);
 /// The same for a class that is no structure.
 Value makeArray(kxClassID classID, Dimensions dimensions);
 
-/// Copies one element between arrays of the same class (structures: with the same fields). Elements of cells and
-/// structures are shared.
+/// Copies one element between arrays of the same class (structures: with the same fields). Elements of cells
+/// and structures are shared.
 void copyElement(kxArray* target, std::size_t targetIndex, const kxArray* source, std::size_t sourceIndex);
 
 /// The text of a character row, a 0-by-0 character array, or a string scalar that is not missing; nothing for
@@ -52,8 +52,8 @@ std::u16string sizeAndClassText(const kxArray* array);
 std::u16string widen(std::string_view text);
 /// A whole number in decimal digits.
 std::u16string countText(std::size_t count);
-/// The shortest decimal text that reads back as the same number; whole numbers without point or exponent below
-/// 1e15, NaN, Inf and -Inf by these names.
+/// The shortest decimal text that reads back as the same number; whole numbers without point or exponent
+/// below 1e15, NaN, Inf and -Inf by these names.
 std::string numberText(double number);
 
 }  // namespace korvex::host

@@ -24,19 +24,24 @@ bool currentFolderExists() {
     if (currentPath().empty()) return false;
     const vfs::Folder folder(Velquist::PathManagement::GetIRIFromString(currentPath()),
                              Velquist::KorvexStorageSystem::GetStorageSystemReference());
-    return folder.folderExists();
+    try {
+        return folder.folderExists();
+    } catch (const vfs::Exception&) {
+        // A folder that cannot be reached any more is as good as gone.
+        return false;
+    }
 }
 
 void setCurrentFolderPath(const std::u16string& path) {
-    const vfs::Folder named(Velquist::PathManagement::GetIRIFromString(path),
-                            Velquist::KorvexStorageSystem::GetStorageSystemReference());
+    const vfs::AbsoluteIRI location = Velquist::PathManagement::GetIRIFromString(path);
+    if (location.getScheme() != u"file") throw vfs::Exception(vfs::unsupportedOperation, location, u"cd");
+    const vfs::Folder named(location, Velquist::KorvexStorageSystem::GetStorageSystemReference());
     const vfs::Folder folder(named.getCanonicalLocation(), named.storage());
-    if (!folder.folderExists())
+    if (!folder.folderExists()) {
         throw vfs::Exception(vfs::invalidLocation, folder.getLocation(), u"no folder");
-    // Looking at the folder from inside needs the permission to enter it.
-    if (!vfs::Folder(folder, u".").folderExists()) {
-        throw vfs::Exception(vfs::permissionDenied, folder.getLocation(), u"enter folder");
     }
+    // Looking at the folder from inside raises `permissionDenied` when it may not be entered.
+    (void)vfs::Folder(folder, u".").folderExists();
     currentPath() = vfs::fromAbsoluteIRI(folder.getLocation());
 }
 

@@ -12,4 +12,6 @@ std::u16string catalogText(const resource_core::BaseMsgID& message) {
 
 std::string toUtf8(const std::u16string& text) { return korvex::runtime::text::toDisplayBytes(text); }
 
+std::u16string fromUtf8(const std::string& text) { return korvex::runtime::text::fromBytes(text); }
+
 }  // namespace foundation::core::except::detail

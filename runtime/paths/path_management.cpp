@@ -14,15 +14,21 @@ namespace paths = korvex::runtime::paths;
 namespace storage = korvex::runtime::storage;
 namespace vfs = foundation::storage::vfs;
 
+namespace {
+
+vfs::AbsoluteIRI localLocation(const std::u16string& absolutePath) {
+    paths::LocationPath local = paths::toLocationPath(absolutePath, paths::nativeStyle);
+    return storage::makeLocation(std::u16string(storage::localScheme), std::move(local.host),
+                                 std::move(local.path));
+}
+
+}  // namespace
+
 vfs::AbsoluteIRI GetIRIFromString(const std::u16string& text) {
     if (text.empty()) throw vfs::InvalidIRIException(text);
     if (vfs::hasIRIPrefix(text)) return vfs::AbsoluteIRI(text);
-    if (!paths::isAbsolute(text, paths::nativeStyle)) {
-        return GetIRIFromString(fl::filesystem::absolute(text, u""));
-    }
-    paths::LocationPath local = paths::toLocationPath(text, paths::nativeStyle);
-    return storage::makeLocation(std::u16string(storage::localScheme), std::move(local.host),
-                                 std::move(local.path));
+    if (paths::isAbsolute(text, paths::nativeStyle)) return localLocation(text);
+    return localLocation(fl::filesystem::absolute(text, u""));
 }
 
 std::u16string GetStringFromIRI(const vfs::AbsoluteIRI& location) {

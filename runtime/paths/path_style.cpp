@@ -40,12 +40,29 @@ bool isFolded(std::u16string_view path) noexcept {
     return doubled == 0 && (path.size() < 2 || path.back() != u'/');
 }
 
+/// The part of an absolute Windows path that names the volume: a drive, a host with a share, or the same behind
+/// the prefix of the long form.
+std::u16string_view volumeOf(std::u16string_view path) noexcept {
+    constexpr PathStyle style = PathStyle::windows;
+    std::size_t begin = 0;
+    if (path.starts_with(longUncPrefix)) {
+        begin = longUncPrefix.size();
+    } else if (path.starts_with(longPrefix)) {
+        begin = longPrefix.size();
+    }
+    if (startsWithDrive(path.substr(begin), style)) return path.substr(0, begin + 2);
+    if (begin != longUncPrefix.size()) {
+        if (!startsWithTwoSeparators(path, style)) return {};
+        begin = 2;
+    }
+    const std::size_t share = path.find_first_of(u"\\/", begin);
+    if (share == std::u16string_view::npos) return path;
+    return path.substr(0, path.find_first_of(u"\\/", share + 1));
+}
+
 std::u16string joinedOnWindows(std::u16string_view base, std::u16string_view path) {
     constexpr PathStyle style = PathStyle::windows;
-    if (!path.empty() && isSeparator(path[0], style)) {
-        const std::u16string_view drive = startsWithDrive(base, style) ? base.substr(0, 2) : u"";
-        return std::u16string(drive).append(path);
-    }
+    if (!path.empty() && isSeparator(path[0], style)) return std::u16string(volumeOf(base)).append(path);
     if (startsWithDrive(path, style)) {
         const bool sameDrive = startsWithDrive(base, style) && smallLetter(base[0]) == smallLetter(path[0]);
         if (sameDrive) return joined(base, path.substr(2), style);

@@ -1,9 +1,10 @@
 // The three exceptions of the storage layer.
+#include <mutex>
 #include <utility>
 
 #include "platform/message_identifiers.h"
+#include "platform/path_management.h"
 #include "platform/storage_vfs.h"
-#include "runtime/text/encoding.h"
 
 namespace foundation::storage::vfs {
 
@@ -29,11 +30,15 @@ constexpr MakeMessage makers[] = {
     make<messages::internalError>,    make<messages::unsupportedOperation>,
 };
 
+std::string utf8TextOf(const resource_core::BaseMsgID& message) {
+    return except::detail::toUtf8(except::detail::catalogText(message));
+}
+
 std::string describe(ErrorCode code, const AbsoluteIRI& location, const std::u16string& context,
                      const std::string& systemText) {
     const std::u16string path =
         location.getScheme() == u"file" ? fromAbsoluteIRI(location).text() : location.toString();
-    std::string text = except::detail::toUtf8(except::detail::catalogText(messageOf(code, path)));
+    std::string text = utf8TextOf(messageOf(code, path));
     if (!context.empty()) text += " (" + except::detail::toUtf8(context) + ")";
     if (!systemText.empty()) text += " [" + systemText + "]";
     return text;
@@ -46,40 +51,57 @@ resource_core::BaseMsgID messageOf(ErrorCode code, const std::u16string& path) {
     return (number < std::size(makers) ? makers[number] : make<messages::unknownError>)(path);
 }
 
+namespace detail {
+
+struct LazyText::State {
+    std::function<std::string()> make;
+    std::once_flag made;
+    std::string text;
+};
+
+LazyText::LazyText(std::function<std::string()> make) : state_(std::make_shared<State>()) {
+    state_->make = std::move(make);
+}
+
+const char* LazyText::get() const noexcept {
+    try {
+        std::call_once(state_->made, [this] { state_->text = state_->make(); });
+        return state_->text.c_str();
+    } catch (const std::exception&) {
+        return "The storage failed, and there is no memory left to say how.";
+    }
+}
+
+}  // namespace detail
+
 Exception::Exception(ErrorCode code, AbsoluteIRI location, std::u16string context, std::string systemText)
     : code_(code),
       location_(std::move(location)),
       context_(std::move(context)),
       systemText_(std::move(systemText)),
-      narrowText_(describe(code_, location_, context_, systemText_)) {}
+      text_([code, where = location_, during = context_, words = systemText_] {
+          return describe(code, where, during, words);
+      }) {}
 
 std::unique_ptr<except::IException> Exception::copyToHeap() const { return std::make_unique<Exception>(*this); }
 void Exception::throwCopy() const { throw Exception(*this); }
-std::u16string Exception::ToUstringImpl() const { return korvex::runtime::text::fromBytes(narrowText_); }
 
 InvalidIRIException::InvalidIRIException(std::u16string text)
-    : text_(std::move(text)),
-      narrowText_(except::detail::toUtf8(except::detail::catalogText(messages::invalidIRI(text_)))) {}
+    : invalidText_(std::move(text)),
+      text_([shown = invalidText_] { return utf8TextOf(messages::invalidIRI(shown)); }) {}
 
 std::unique_ptr<except::IException> InvalidIRIException::copyToHeap() const {
     return std::make_unique<InvalidIRIException>(*this);
 }
 void InvalidIRIException::throwCopy() const { throw InvalidIRIException(*this); }
-std::u16string InvalidIRIException::ToUstringImpl() const {
-    return korvex::runtime::text::fromBytes(narrowText_);
-}
 
 UnsupportedIRISchemeException::UnsupportedIRISchemeException(std::u16string scheme)
     : scheme_(std::move(scheme)),
-      narrowText_(
-          except::detail::toUtf8(except::detail::catalogText(messages::unsupportedProvider(scheme_)))) {}
+      text_([shown = scheme_] { return utf8TextOf(messages::unsupportedProvider(shown)); }) {}
 
 std::unique_ptr<except::IException> UnsupportedIRISchemeException::copyToHeap() const {
     return std::make_unique<UnsupportedIRISchemeException>(*this);
 }
 void UnsupportedIRISchemeException::throwCopy() const { throw UnsupportedIRISchemeException(*this); }
-std::u16string UnsupportedIRISchemeException::ToUstringImpl() const {
-    return korvex::runtime::text::fromBytes(narrowText_);
-}
 
 }  // namespace foundation::storage::vfs

@@ -40,7 +40,7 @@ CanonicalAbsoluteIRI Folder::getCanonicalLocation() const {
 
 bool exists(const Item& item) {
     constexpr provider::ExistenceType wanted[] = {provider::AsFile, provider::AsFolder};
-    const AbsoluteIRI& location = getLocation(item);
+    const AbsoluteIRI location = getLocation(item);
     const StorageSystemReference& storage =
         item.which() == 0 ? boost::get<File>(item).storage() : boost::get<Folder>(item).storage();
     // On purpose no UnsupportedIRISchemeException here: where nobody stores anything, nothing can be there.
@@ -57,11 +57,11 @@ provider::ExistenceTypeExtended existsExtended(const AbsoluteIRI& location,
     return storage.system().provider(location).extendedExistence(location);
 }
 
-const AbsoluteIRI& getLocation(const Item& item) {
+AbsoluteIRI getLocation(const Item& item) {
     return item.which() == 0 ? boost::get<File>(item).getLocation() : boost::get<Folder>(item).getLocation();
 }
 
-const std::u16string& getName(const Item& item) { return getLocation(item).getName(); }
+std::u16string getName(const Item& item) { return getLocation(item).getName(); }
 
 NativePath fromAbsoluteIRI(const AbsoluteIRI& location) {
     namespace paths = korvex::runtime::paths;
@@ -101,6 +101,11 @@ std::ostream& operator<<(std::ostream& stream, ExistenceTypeExtended type) {
     constexpr const char* names[] = {"File",         "LinkToFile", "Folder", "Device",
                                      "LinkToFolder", "BrokenLink", "Nothing"};
     return writeName(stream, names, type);
+}
+
+std::ostream& operator<<(std::ostream& stream, ReplacementPolicy policy) {
+    constexpr const char* names[] = {"0", "ReplaceWritable", "ReplaceAny", "MergeFolder"};
+    return writeName(stream, names, policy);
 }
 
 }  // namespace foundation::storage::provider

@@ -117,8 +117,9 @@ std::u16string decodePath(std::u16string_view text) {
     for (std::size_t position = 0; position < text.size();) {
         bytes.clear();
         // Neighbouring escapes decode together: a character beyond ASCII has several bytes.
-        for (int byte; (byte = escapedByte(text, position)) >= 0; position += 3) {
+        for (int byte = escapedByte(text, position); byte >= 0; byte = escapedByte(text, position)) {
             bytes += static_cast<char>(byte);
+            position += 3;
         }
         path += text::fromBytes(bytes);
         if (position < text.size()) path += text[position++];
@@ -156,8 +157,9 @@ AbsoluteIRI parsed(const std::u16string& text) {
     if (!utility::hasValidNumberOfSlashes(text)) throw InvalidIRIException(text);
     const std::size_t schemeEnd = internal::schemeLength(text);
     const std::size_t hostBegin = schemeEnd + 3;
-    const std::size_t hostEnd = text.find(u'/', hostBegin);
-    if (hostEnd == std::u16string::npos) throw InvalidIRIException(text);
+    // A query or fragment may follow a path only, so either ends the host, and with it the attempt.
+    const std::size_t hostEnd = text.find_first_of(u"/?#", hostBegin);
+    if (hostEnd == std::u16string::npos || text[hostEnd] != u'/') throw InvalidIRIException(text);
 
     std::u16string scheme = internal::inSmallLetters(text.substr(0, schemeEnd));
     std::u16string host = text.substr(hostBegin, hostEnd - hostBegin);
@@ -173,20 +175,22 @@ AbsoluteIRI parsed(const std::u16string& text) {
     return internal::makeLocation(std::move(scheme), std::move(host), std::move(path));
 }
 
-/// Where the last component of a path begins; a separator at the end of a web path belongs to it.
-std::size_t lastComponent(std::u16string_view path) noexcept {
-    if (path.size() < 2) return path.size();
-    return path.rfind(u'/', path.size() - 2) + 1;
+/// Where the last component of a path begins.
+std::size_t lastComponent(std::u16string_view path) noexcept { return path.rfind(u'/') + 1; }
+
+/// A web path may end in slashes; its name and its parent are those of the path without them.
+std::u16string_view withoutTrailingSlashes(std::u16string_view path) noexcept {
+    while (path.size() > 1 && path.back() == u'/') path.remove_suffix(1);
+    return path;
 }
 
 std::u16string nameOf(const AbsoluteIRI::Parts& parts) {
     std::u16string_view path = parts.path;
-    if (internal::isWebScheme(parts.scheme)) path = internal::withoutQuery(path);
-    std::u16string_view name = path.substr(lastComponent(path));
+    const bool isWeb = internal::isWebScheme(parts.scheme);
+    if (isWeb) path = withoutTrailingSlashes(internal::withoutQuery(path));
+    const std::u16string_view name = path.substr(lastComponent(path));
     if (name.empty()) return u"/";
-    if (!internal::isWebScheme(parts.scheme)) return std::u16string(name);
-    if (name.back() == u'/') name.remove_suffix(1);
-    return internal::decodePath(name);
+    return isWeb ? internal::decodePath(name) : std::u16string(name);
 }
 
 std::u16string textOf(const AbsoluteIRI::Parts& parts) {
@@ -215,7 +219,7 @@ AbsoluteIRI::AbsoluteIRI(const AbsoluteIRI& parent, const std::u16string& name) 
     const Parts& above = parent.parts();
     const bool isWeb = internal::isWebScheme(above.scheme);
     std::u16string path(isWeb ? internal::withoutQuery(above.path) : above.path);
-    path += u'/';
+    if (path.back() != u'/') path += u'/';
     if (isWeb) {
         path += internal::encodePath(name);
     } else if (above.scheme == internal::localScheme) {
@@ -225,7 +229,8 @@ AbsoluteIRI::AbsoluteIRI(const AbsoluteIRI& parent, const std::u16string& name) 
     } else {
         path += name;
     }
-    parts_ = std::make_shared<const Parts>(above.scheme, above.host, paths::foldSeparators(path));
+    if (!isWeb) path = paths::foldSeparators(path);
+    parts_ = std::make_shared<const Parts>(above.scheme, above.host, std::move(path));
 }
 
 std::u16string AbsoluteIRI::getScheme() const { return parts_->scheme; }
@@ -235,18 +240,18 @@ const std::u16string& AbsoluteIRI::getName() const { return parts_->name(); }
 const std::u16string& AbsoluteIRI::toString() const { return parts_->text(); }
 
 bool AbsoluteIRI::hasParent() const {
-    const std::u16string_view path = internal::withoutQuery(parts_->path);
-    const bool isRoot = parts_->path == u"/" || (internal::isWebScheme(parts_->scheme) && path == u"/");
+    std::u16string_view path = parts_->path;
+    if (internal::isWebScheme(parts_->scheme)) path = withoutTrailingSlashes(internal::withoutQuery(path));
     const bool isDrive =
         parts_->scheme == internal::localScheme && parts_->path.size() == 3 &&
         paths::startsWithDrive(std::u16string_view(parts_->path).substr(1), paths::nativeStyle);
-    return !isRoot && !isDrive;
+    return path != u"/" && !isDrive;
 }
 
 AbsoluteIRI AbsoluteIRI::getParent() const {
     if (!hasParent()) throw Exception(invalidLocation, *this, u"parent of a root");
     std::u16string_view path = parts_->path;
-    if (internal::isWebScheme(parts_->scheme)) path = internal::withoutQuery(path);
+    if (internal::isWebScheme(parts_->scheme)) path = withoutTrailingSlashes(internal::withoutQuery(path));
     const std::size_t end = std::max<std::size_t>(lastComponent(path) - 1, 1);
     return internal::makeLocation(parts_->scheme, parts_->host, std::u16string(path.substr(0, end)));
 }

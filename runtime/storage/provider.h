@@ -3,7 +3,21 @@
 // A further provider is one class and one line in provider_registry.cpp. Every provider passes the contract
 // tests in tests/contract, the parts left out that it declares it does not have. Providers may be called from
 // several threads at once.
+//
+// What a provider does not override it does not do: it then refuses to write with `readOnlyProvider`, and to
+// list with `unsupportedOperation`. All operations raise `vfs::Exception` with the location at which it
+// happened.
 #pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "platform/storage_vfs.h"
 
@@ -11,8 +25,46 @@ namespace korvex::runtime::storage {
 
 using foundation::storage::provider::ExistenceType;
 using foundation::storage::provider::ExistenceTypeExtended;
+using foundation::storage::provider::ReplacementPolicy;
 using foundation::storage::vfs::AbsoluteIRI;
 using foundation::storage::vfs::CanonicalAbsoluteIRI;
+using foundation::storage::vfs::FolderRemovalPolicy;
+
+/// One name in a folder. A link to a folder counts as a folder.
+struct ListedEntry {
+    std::u16string name;
+    bool isFolder = false;
+};
+
+/// What is known of a file beside its content, and what a copy keeps of it.
+struct FileAttributes {
+    std::optional<std::uint64_t> size = std::nullopt;
+    std::optional<std::chrono::sys_time<std::chrono::nanoseconds>> changed = std::nullopt;
+    /// Whether its write bits are not all clear.
+    std::optional<bool> isWritable = std::nullopt;
+};
+
+/// The bytes of a file, from front to back. Must not outlive its provider.
+class InputStream {
+public:
+    virtual ~InputStream() = default;
+    /// Fills the buffer as far as there are bytes; 0 at the end.
+    virtual std::size_t read(std::span<std::byte> buffer) = 0;
+    /// What was known when the file was opened.
+    virtual FileAttributes attributes() const { return {}; }
+};
+
+/// New content for a file. Nothing stands under the file's name, or the old file does, until `commit`; a
+/// stream that is destroyed without it leaves no trace. Must not outlive its provider.
+class OutputStream {
+public:
+    virtual ~OutputStream() = default;
+    virtual void write(std::span<const std::byte> bytes) = 0;
+    /// What the file is to have from `commit` on, as far as its storage keeps such a thing. The size is not
+    /// looked at.
+    virtual void setAttributes(const FileAttributes&) {}
+    virtual void commit() = 0;
+};
 
 class Provider {
 public:
@@ -29,6 +81,37 @@ public:
     /// The location with its links resolved and its dots gone. Raises `vfs::Exception`: `resourceNotFound`
     /// when nothing is there.
     virtual CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) = 0;
+
+    /// Whether it refuses everything that writes, so that a transfer need not begin in vain.
+    virtual bool onlyReads() const noexcept { return false; }
+
+    /// As the free `isWritable`.
+    virtual bool isWritable(const AbsoluteIRI& location);
+    virtual void setWritable(const AbsoluteIRI& location, bool isWritable);
+
+    /// The entries whose names match the pattern (NamePattern), sorted by 16-bit unit.
+    virtual std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern);
+
+    /// The content of a file, links followed. `resourceNotFound` when nothing is there, `invalidLocation` for
+    /// a folder.
+    virtual std::unique_ptr<InputStream> read(const AbsoluteIRI& file);
+    /// New content for a file. What the policy or the storage does not allow is refused at once, and again
+    /// when the stream is committed.
+    virtual std::unique_ptr<OutputStream> write(const AbsoluteIRI& file, ReplacementPolicy policy);
+
+    /// Both locations are of this provider. As the operations of `File` and `Folder`.
+    virtual void copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                          ReplacementPolicy policy);
+    virtual void moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                          ReplacementPolicy policy);
+    virtual void copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                            ReplacementPolicy policy);
+    virtual void moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                            ReplacementPolicy policy);
+    virtual void removeFile(const AbsoluteIRI& file);
+    virtual void removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy);
+    virtual void createFolder(const AbsoluteIRI& folder);
+    virtual void createFolderRecursive(const AbsoluteIRI& folder);
 };
 
 }  // namespace korvex::runtime::storage

@@ -72,7 +72,8 @@ std::string difference(const std::vector<std::string>& expected, const std::vect
     if (expected == actual) return {};
     const std::size_t shorter = std::min(expected.size(), actual.size());
     std::size_t begin = 0;
-    while (begin < shorter && expected[begin] == actual[begin]) ++begin;
+    while (begin < shorter && expected[begin] == actual[begin])
+        ++begin;
     std::size_t equalAtEnd = 0;
     while (equalAtEnd < shorter - begin &&
            expected[expected.size() - 1 - equalAtEnd] == actual[actual.size() - 1 - equalAtEnd]) {

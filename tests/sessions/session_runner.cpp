@@ -22,7 +22,8 @@ constexpr std::string_view scratchName = "SCRATCH";
 
 std::string quotedForShell(const std::string& word) {
     std::string quoted = "'";
-    for (const char unit : word) quoted += unit == '\'' ? std::string("'\\''") : std::string(1, unit);
+    for (const char unit : word)
+        quoted += unit == '\'' ? std::string("'\\''") : std::string(1, unit);
     return quoted + '\'';
 }
 
@@ -47,13 +48,15 @@ std::string transcriptOf(const std::string& program, const std::string& script) 
     const int status = process::runShellCommand(korvex::runtime::text::fromBytes(command), scratch.text(),
                                                 [&](std::string_view bytes) { transcript += bytes; });
     if (status != 0) {
-        throw std::runtime_error("kwsh ended with status " + std::to_string(status) + " after\n" + transcript);
+        throw std::runtime_error("kwsh ended with status " + std::to_string(status) + " after\n" +
+                                 transcript);
     }
     return replaceAll(std::move(transcript), workFolder, scratchName);
 }
 
 int runSession(const std::string& program, const std::string& file, bool isUpdate) {
-    const std::vector<std::string> session = linesOf(process::readFile(korvex::runtime::text::fromBytes(file)));
+    const std::vector<std::string> session =
+        linesOf(process::readFile(korvex::runtime::text::fromBytes(file)));
     const std::string transcript = transcriptOf(program, scriptOf(session));
     if (isUpdate) {
         std::ofstream output(file, std::ios::binary);

@@ -52,7 +52,7 @@ bool validateNameArgument(int nlhs, kxArray* plhs[], const kxArray* argument, st
 }  // namespace korvex::filemanip
 
 // Empty on purpose: the module has no start-up or shut-down work, and nothing may depend on these.
-KW_MODULE_EXPORT void KLInitialize_filemanip();
-KW_MODULE_EXPORT void KLTerminate_filemanip();
+KX_MODULE_ENTRY void KLInitialize_filemanip();
+KX_MODULE_ENTRY void KLTerminate_filemanip();
 void KLInitialize_filemanip() {}
 void KLTerminate_filemanip() {}

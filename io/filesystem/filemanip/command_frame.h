@@ -8,14 +8,9 @@
 #include <utility>
 
 #include "platform/kx.h"
+#include "platform/message_catalog.h"
+#include "platform/module_entry.h"
 #include "platform/user_exceptions.h"
-
-/// Marks the entries that the interpreter finds by name; nothing else is visible outside the module.
-#ifdef _WIN32
-#define KW_MODULE_EXPORT extern "C" __declspec(dllexport)
-#else
-#define KW_MODULE_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
 
 namespace korvex::filemanip {
 
@@ -64,17 +59,7 @@ template <class Tag>
 }
 
 /// The text of a catalog entry without arguments, in the global locale, as other messages take it in.
-template <class Tag>
-std::u16string labelText(const Tag& label);
-
-}  // namespace korvex::filemanip
-
-#include "platform/message_catalog.h"
-
-namespace korvex::filemanip {
-
-template <class Tag>
-std::u16string labelText(const Tag& label) {
+inline std::u16string labelText(const resource_core::BaseMsgID& label) {
     return fl::i18n::MessageCatalog::get_message(label, fl::i18n::KwLocale::global());
 }
 

@@ -5,9 +5,9 @@
 #include <functional>
 #include <span>
 
-#include "io/filesystem/filemanip/argument_limits.h"
+#include "io/filesystem/filemanip/command_frame_limits.h"
 #include "io/filesystem/filemanip/command_frame.h"
-#include "io/filesystem/filemanip/web_location.h"
+#include "io/filesystem/filemanip/existence_queries_web_location.h"
 #include "platform/dispatcher.h"
 #include "platform/filesystem_core.h"
 #include "platform/foundation_filesystem.h"
@@ -140,11 +140,11 @@ bool locationExists(std::u16string_view text, const StorageSystemReference& stor
 template bool locationExists<File>(std::u16string_view, const StorageSystemReference&, const Folder&);
 template bool locationExists<Folder>(std::u16string_view, const StorageSystemReference&, const Folder&);
 
-KW_MODULE_EXPORT void bnIsFileFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+KX_MODULE_ENTRY void bnIsFileFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
     answerExistence<File>(limits::isFile, nlhs, plhs, nrhs, prhs);
 }
 
-KW_MODULE_EXPORT void bnIsFolderFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+KX_MODULE_ENTRY void bnIsFolderFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
     answerExistence<Folder>(limits::isFolder, nlhs, plhs, nrhs, prhs);
 }
 

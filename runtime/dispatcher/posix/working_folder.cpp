@@ -11,10 +11,7 @@
 namespace korvex::runtime::dispatcher {
 
 std::u16string processWorkingFolder() {
-    struct Free {
-        void operator()(char* path) const noexcept { ::free(path); }
-    };
-    const std::unique_ptr<char, Free> path(::getcwd(nullptr, 0));
+    const std::unique_ptr<char, decltype(&::free)> path(::getcwd(nullptr, 0), &::free);
     // A working folder outside of the process's root reads as "(unreachable)/...": no path to start from.
     if (!path || *path != '/') return {};
     return text::fromBytes(path.get());

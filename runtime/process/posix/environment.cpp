@@ -32,7 +32,8 @@ std::string underFolder(const std::string& folder, const std::string& name) {
 }  // namespace
 
 std::vector<std::string> programArguments(int count, char* arguments[]) {
-    return count > 1 ? std::vector<std::string>(arguments + 1, arguments + count) : std::vector<std::string>();
+    return count > 1 ? std::vector<std::string>(arguments + 1, arguments + count)
+                     : std::vector<std::string>();
 }
 
 std::u16string programFolder() {
@@ -54,7 +55,8 @@ std::u16string defaultConfigurationFolder() {
     const char* configured = std::getenv("XDG_CONFIG_HOME");
     // A relative one is to be ignored, as the desktop's rules for base folders say.
     const bool isUsable = configured != nullptr && *configured == '/';
-    return text::fromBytes(underFolder(isUsable ? configured : underFolder(homeFolder(), ".config"), "korvex"));
+    return text::fromBytes(
+        underFolder(isUsable ? configured : underFolder(homeFolder(), ".config"), "korvex"));
 }
 
 std::optional<std::u16string> environmentVariable(const char* name) {

@@ -20,7 +20,8 @@ SharedLibrary::~SharedLibrary() {
     if (handle_ != nullptr) ::dlclose(handle_);
 }
 
-SharedLibrary::SharedLibrary(SharedLibrary&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+SharedLibrary::SharedLibrary(SharedLibrary&& other) noexcept
+    : handle_(std::exchange(other.handle_, nullptr)) {}
 
 SharedLibrary& SharedLibrary::operator=(SharedLibrary&& other) noexcept {
     std::swap(handle_, other.handle_);

@@ -1,5 +1,6 @@
 // POSIX: a command line in /bin/sh, its output through a pipe.
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/process/posix/file_descriptor.h"
@@ -130,18 +132,30 @@ pid_t startShell(std::string command, const std::string& folder, int output) {
     return id;
 }
 
-/// Owns the pipe's end, so that a receiver that raises does not leave the shell waiting for a reader.
-void readUntilEnd(FileDescriptor pipe, ChildProcess& shell, const std::function<void(std::string_view)>& receive) {
-    std::array<char, 4096> block{};
+/// Waits for output or the end of it. False when an interrupt has ended the shell: then only something in the
+/// background holds the pipe open, which is not waited for.
+bool waitForOutput(const FileDescriptor& pipe, ChildProcess& shell) {
+    constexpr int lookAgainAfter = 200;  // milliseconds; an interrupt just before the call does not wake it
     for (;;) {
+        pollfd waiting{pipe.number(), POLLIN, 0};
+        const int ready = ::poll(&waiting, 1, lookAgainAfter);
+        if (ready > 0) return true;
+        if (ready < 0 && errno != EINTR) raiseSystemError(errno);
+        if (interpreter::isInterruptPending() && shell.hasEnded()) return false;
+    }
+}
+
+/// Owns the pipe's end, so that a receiver that raises does not leave the shell waiting for a reader.
+void readUntilEnd(FileDescriptor pipe, ChildProcess& shell,
+                  const std::function<void(std::string_view)>& receive) {
+    std::array<char, 4096> block{};
+    while (waitForOutput(pipe, shell)) {
         const ssize_t count = ::read(pipe.number(), block.data(), block.size());
         if (count == 0) return;
         if (count > 0) {
             receive({block.data(), static_cast<std::size_t>(count)});
         } else if (errno != EINTR) {
             raiseSystemError(errno);
-        } else if (interpreter::isInterruptPending() && shell.hasEnded()) {
-            return;  // only something in the background holds the pipe open
         }
     }
 }

@@ -1,4 +1,5 @@
 // POSIX: what stands behind the standard streams, and the interrupt key.
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -32,6 +33,17 @@ std::optional<unsigned> terminalColumns(Stream stream) noexcept {
     winsize size{};
     if (::ioctl(descriptorOf(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
     return size.ws_col;
+}
+
+bool waitForInput() noexcept {
+    constexpr int lookAgainAfter = 200;  // milliseconds; an interrupt just before the call does not wake it
+    for (;;) {
+        if (interpreter::isInterruptPending()) return false;
+        pollfd waiting{STDIN_FILENO, POLLIN, 0};
+        const int ready = ::poll(&waiting, 1, lookAgainAfter);
+        // Where waiting fails, the read itself will tell.
+        if (ready > 0 || (ready < 0 && errno != EINTR)) return true;
+    }
 }
 
 void handleInterruptKey() {

@@ -17,7 +17,8 @@ SharedLibrary::~SharedLibrary() {
     if (handle_ != nullptr) ::FreeLibrary(static_cast<HMODULE>(handle_));
 }
 
-SharedLibrary::SharedLibrary(SharedLibrary&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+SharedLibrary::SharedLibrary(SharedLibrary&& other) noexcept
+    : handle_(std::exchange(other.handle_, nullptr)) {}
 
 SharedLibrary& SharedLibrary::operator=(SharedLibrary&& other) noexcept {
     std::swap(handle_, other.handle_);

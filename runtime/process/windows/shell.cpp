@@ -32,8 +32,8 @@ Handle openEmptyInput() {
     SECURITY_ATTRIBUTES inherited{};
     inherited.nLength = sizeof inherited;
     inherited.bInheritHandle = TRUE;
-    Handle input(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING,
-                               0, nullptr));
+    Handle input(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                               OPEN_EXISTING, 0, nullptr));
     if (!input.isOpen()) raiseSystemError(::GetLastError());
     return input;
 }
@@ -49,8 +49,8 @@ Handle startShell(const std::u16string& command, const std::u16string& folder, c
     // The switch makes the interpreter take everything between the first and the last quote as the command.
     std::wstring commandLine = toWide(u"cmd.exe /d /s /c \"" + command + u"\"");
     PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, toWide(folder).c_str(),
-                          &startup, &process)) {
+    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                          toWide(folder).c_str(), &startup, &process)) {
         raiseSystemError(::GetLastError());
     }
     const Handle thread(process.hThread);

@@ -38,6 +38,15 @@ std::optional<unsigned> terminalColumns(Stream stream) noexcept {
     return static_cast<unsigned>(columns);
 }
 
+bool waitForInput() noexcept {
+    constexpr DWORD lookAgainAfter = 200;  // milliseconds
+    for (;;) {
+        if (interpreter::isInterruptPending()) return false;
+        // Where waiting fails, the read itself will tell.
+        if (::WaitForSingleObject(handleOf(Stream::input), lookAgainAfter) != WAIT_TIMEOUT) return true;
+    }
+}
+
 void handleInterruptKey() {
     if (!::SetConsoleCtrlHandler(onInterruptKey, TRUE)) raiseSystemError(::GetLastError());
 }

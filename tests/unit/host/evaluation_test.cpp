@@ -79,7 +79,8 @@ TEST_F(Evaluation, WrongIndexesAreRefused) {
     for (const char* text : {"x(5)", "x(3, 1)", "x(1, 3)", "x(1, 1, 2)", "c{2}", "x(1e300)", "x(Inf)"}) {
         EXPECT_EQ(show(text), "KORVEX:host:indexOutOfRange") << text;
     }
-    for (const char* text : {"x(0)", "x(-1)", "x(1.5)", "x(NaN)", "x('a')", "x(true)", "x([1 2])", "x{1}", "c{}"}) {
+    for (const char* text :
+         {"x(0)", "x(-1)", "x(1.5)", "x(NaN)", "x('a')", "x(true)", "x([1 2])", "x{1}", "c{}"}) {
         EXPECT_EQ(show(text), "KORVEX:host:badIndex") << text;
     }
 }
@@ -110,17 +111,17 @@ TEST_F(Evaluation, AVariableHidesAFunction) {
 }
 
 TEST_F(Evaluation, SizesThatNoMemoryHoldsAreRefusedAtOnce) {
-    for (const char* text : {"zeros(1e9, 1e9)", "ones(1e5, 1e5)", "cell(1e300)", "strings(1e9, 1)", "zeros(Inf)",
-                             "repmat('a', 1e9, 1e9)", "repmat({}, 1e18, 1e18)", "zeros(0, 1e15)",
-                             "repmat(zeros(0, 2), 1, 9e15)"}) {
+    for (const char* text : {"zeros(1e9, 1e9)", "ones(1e5, 1e5)", "cell(1e300)", "strings(1e9, 1)",
+                             "zeros(Inf)", "repmat('a', 1e9, 1e9)", "repmat({}, 1e18, 1e18)",
+                             "zeros(0, 1e15)", "repmat(zeros(0, 2), 1, 9e15)"}) {
         const std::string shown = show(text);
         EXPECT_TRUE(shown == "KORVEX:host:arrayTooLarge" || shown == "    0x0 cell") << text << ": " << shown;
     }
 }
 
 TEST_F(Evaluation, SizesMustBeWholeNumbersFromZero) {
-    for (const char* text : {"zeros(-1)", "zeros(1.5)", "zeros(NaN)", "zeros('a', 1)", "zeros({1})", "cell([])",
-                             "repmat(1, -1, 1)", "reshape([1 2], -1, -2)", "zeros(1, [1 2])"}) {
+    for (const char* text : {"zeros(-1)", "zeros(1.5)", "zeros(NaN)", "zeros('a', 1)", "zeros({1})",
+                             "cell([])", "repmat(1, -1, 1)", "reshape([1 2], -1, -2)", "zeros(1, [1 2])"}) {
         EXPECT_EQ(show(text), "KORVEX:host:badArgument") << text;
     }
 }
@@ -147,7 +148,8 @@ TEST_F(Evaluation, CodeUnitsGoThereAndBack) {
 
 TEST_F(Evaluation, DeeplyNestedCellsFromManyStatementsAreShown) {
     std::string text = "x = {1};\n";
-    for (int level = 0; level < 2000; ++level) text += "x = {x};\n";
+    for (int level = 0; level < 2000; ++level)
+        text += "x = {x};\n";
     EXPECT_EQ(show(text + "x"), "    {1x1 cell}");
 }
 

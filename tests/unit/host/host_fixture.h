@@ -13,12 +13,14 @@
 
 namespace korvex::tests {
 
-/// Every event as one text, in order: "begin x = 1", "printed ...", "warned ID", "x shown", "x set", "failed ID",
-/// "end", "plain % comment".
+/// Every event as one text, in order: "begin x = 1", "printed ...", "warned ID", "x shown", "x set", "failed
+/// ID", "end", "plain % comment".
 class RecordingPresenter : public host::Presenter {
 public:
     void plainLine(std::u16string_view line) override { record("plain ", line); }
-    void statementBegins(const host::SourceStatement& statement) override { record("begin ", statement.text); }
+    void statementBegins(const host::SourceStatement& statement) override {
+        record("begin ", statement.text);
+    }
     void printed(std::u16string_view text) override { record("printed ", text); }
     void warned(const runtime::interpreter::Warning& warning) override {
         events.push_back("warned " + warning.identifier);
@@ -39,7 +41,8 @@ public:
 
 private:
     void record(std::string what, std::u16string_view text) {
-        for (const char16_t unit : text) what += static_cast<char>(unit);
+        for (const char16_t unit : text)
+            what += static_cast<char>(unit);
         events.push_back(std::move(what));
     }
 };

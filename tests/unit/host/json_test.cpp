@@ -73,7 +73,8 @@ TEST(Json, LinesCanBeReadByAnyParser) {
 TEST(Json, ValuesNestedVeryDeeplyEndInNull) {
     tests::HostSession host;
     std::string text = "x = {1};\n";
-    for (int level = 0; level < 500; ++level) text += "x = {x};\n";
+    for (int level = 0; level < 500; ++level)
+        text += "x = {x};\n";
     host.run(text + "x");
     const std::string line = jsonLine(jsonValue(host.presenter.results.back().get()));
     EXPECT_TRUE(Json::accept(line));
@@ -93,12 +94,13 @@ TEST(JsonPresenter, AStatementIsOneLineWithAllFieldsInOrder) {
     presenter.result("s", makeLogical(true).get(), false);
     presenter.failed({"KORVEX:host:interrupted", u"stopped"});
     presenter.statementEnds();
-    EXPECT_EQ(output.str(),
-              R"x({"line": 3, "statement": "[s,m,id] = mkdir('a')", "printed": "one\ntwo", )x"
-              R"x("warnings": [{"id": "KORVEX:MKDIR:DirectoryExists", "text": "it is there"}], )x"
-              R"x("outputs": [{"name": "s", "value": {"class": "logical", "size": [1, 1], "data": [true]}}], )x"
-              R"x("error": {"id": "KORVEX:host:interrupted", "text": "stopped"}, "events": []})x"
-              "\n");
+    EXPECT_EQ(
+        output.str(),
+        R"x({"line": 3, "statement": "[s,m,id] = mkdir('a')", "printed": "one\ntwo", )x"
+        R"x("warnings": [{"id": "KORVEX:MKDIR:DirectoryExists", "text": "it is there"}], )x"
+        R"x("outputs": [{"name": "s", "value": {"class": "logical", "size": [1, 1], "data": [true]}}], )x"
+        R"x("error": {"id": "KORVEX:host:interrupted", "text": "stopped"}, "events": []})x"
+        "\n");
 }
 
 TEST(JsonPresenter, NothingOfOneStatementStaysForTheNext) {

@@ -1,7 +1,9 @@
 // The built program, from the outside: input, streams, exit status.
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "runtime/process/process.h"
 #include "runtime/text/encoding.h"
@@ -27,8 +29,8 @@ protected:
 
     ProgramRun runProgram(const std::string& program, const std::string& arguments) {
         ProgramRun result;
-        const std::string command = "COLUMNS= XDG_CONFIG_HOME='" + scratch.path().string() + "' '" + program + "' " +
-                                    arguments + " >output 2>errors";
+        const std::string command = "COLUMNS= XDG_CONFIG_HOME='" + scratch.path().string() + "' '" + program +
+                                    "' " + arguments + " >output 2>errors";
         result.status = process::runShellCommand(runtime::text::fromBytes(command), scratch.text(),
                                                  [](std::string_view) {});
         result.output = process::readFile(scratch.text() + u"/output");
@@ -39,7 +41,8 @@ protected:
     static std::vector<nlohmann::json> linesOf(const std::string& output) {
         std::vector<nlohmann::json> lines;
         std::istringstream stream(output);
-        for (std::string line; std::getline(stream, line);) lines.push_back(nlohmann::json::parse(line));
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(nlohmann::json::parse(line));
         return lines;
     }
 
@@ -160,10 +163,18 @@ TEST_F(KwshProgram, CtrlCEndsTheStatementAndTheScript) {
     EXPECT_EQ(linesOf(run("--json -e '!kill -INT $PPID' -e 'x = 1'").output).size(), 1U);
 }
 
+TEST_F(KwshProgram, CtrlCDoesNotWaitForWhatTheShellLeftInTheBackground) {
+    const auto begin = std::chrono::steady_clock::now();
+    const ProgramRun result = run("-e '!sleep 20 & kill -INT $PPID'");
+    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:interrupted)\n"));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+}
+
 TEST_F(KwshProgram, WithoutTheModuleItsCommandsSayWhy) {
     const std::filesystem::path programs = std::filesystem::path(KWSH_PROGRAM).parent_path();
     const std::filesystem::path alone = scratch.makeFolder("alone");
-    for (const char* file : {"kwsh", "libkwruntime.so"}) std::filesystem::copy(programs / file, alone / file);
+    for (const char* file : {"kwsh", "libkwruntime.so"})
+        std::filesystem::copy(programs / file, alone / file);
     const ProgramRun result = runProgram((alone / "kwsh").string(), "-e 'x = 1' -e 'isfile a'");
     EXPECT_EQ(result.output, "x =\n    1\n");
     EXPECT_THAT(result.errors, HasSubstr("libkwfilemanip.so"));

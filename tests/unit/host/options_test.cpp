@@ -38,21 +38,24 @@ TEST(Options, FoldersAndColumnsTakeAValue) {
 TEST(Options, WrongOnesAreRefused) {
     using Arguments = std::vector<std::string>;
     for (const Arguments& arguments :
-         {Arguments{"--nothing"}, Arguments{"-x"}, Arguments{"a.k", "b.k"}, Arguments{"-e"}, Arguments{"--cd"},
-          Arguments{"--columns", "0"}, Arguments{"--columns", "-3"}, Arguments{"--columns", "wide"},
-          Arguments{"--json", "--transcript"}, Arguments{"-e", "x", "a.k"}, Arguments{"--json=yes"}}) {
+         {Arguments{"--nothing"}, Arguments{"-x"}, Arguments{"a.k", "b.k"}, Arguments{"-e"},
+          Arguments{"--cd"}, Arguments{"--columns", "0"}, Arguments{"--columns", "-3"},
+          Arguments{"--columns", "wide"}, Arguments{"--json", "--transcript"}, Arguments{"-e", "x", "a.k"},
+          Arguments{"--json=yes"}}) {
         EXPECT_THROW(parseOptions(arguments), OptionError) << testing::PrintToString(arguments);
     }
 }
 
 TEST(Options, HelpShowsEveryOptionWithAnExample) {
     const std::string usage = usageText();
-    for (const char* option : {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd", "--config",
-                               "--columns", "--version", "--help"}) {
-        EXPECT_THAT(usage, HasSubstr("  " + std::string(option == std::string("--help") ? "-h,--help" : option)));
+    for (const char* option : {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd",
+                               "--config", "--columns", "--version", "--help"}) {
+        EXPECT_THAT(usage,
+                    HasSubstr("  " + std::string(option == std::string("--help") ? "-h,--help" : option)));
     }
     std::size_t examples = 0;
-    for (std::size_t at = usage.find("example: "); at != std::string::npos; at = usage.find("example: ", at + 1)) {
+    for (std::size_t at = usage.find("example: "); at != std::string::npos;
+         at = usage.find("example: ", at + 1)) {
         ++examples;
     }
     EXPECT_EQ(examples, 10U);

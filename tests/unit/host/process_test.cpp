@@ -57,9 +57,9 @@ TEST(ShellCommand, AFolderThatIsNotThereIsAnError) {
 
 TEST(ShellCommand, AReceiverThatRaisesLeavesNothingBehind) {
     const tests::ScratchFolder scratch;
-    EXPECT_THROW(runShellCommand(u"yes", scratch.text(),
-                                 [](std::string_view) { throw std::logic_error("enough"); }),
-                 std::logic_error);
+    EXPECT_THROW(
+        runShellCommand(u"yes", scratch.text(), [](std::string_view) { throw std::logic_error("enough"); }),
+        std::logic_error);
 }
 
 TEST(ReadFile, GivesAllBytes) {

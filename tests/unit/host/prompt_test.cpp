@@ -56,8 +56,8 @@ TEST(Prompt, InterruptDropsWhatIsBeingTyped) {
 
 TEST(Prompt, GoesOnAfterAnErrorWithoutTheRestOfTheLine) {
     ScriptedEditor editor({typed(u"nothing; x = 1"), typed(u"y = 2;")});
-    EXPECT_THAT(talk(editor), ElementsAre("begin nothing", "failed KORVEX:UndefinedFunction", "end", "begin y = 2",
-                                          "y set", "end"));
+    EXPECT_THAT(talk(editor), ElementsAre("begin nothing", "failed KORVEX:UndefinedFunction", "end",
+                                          "begin y = 2", "y set", "end"));
 }
 
 TEST(Prompt, RemembersLinesThatAreNotEmpty) {

@@ -1,4 +1,5 @@
-// What one statement does: calls, outputs, errors, warnings, interrupts, and the order in which they are told.
+// What one statement does: calls, outputs, errors, warnings, interrupts, and the order in which they are
+// told.
 #include "host/kwsh/session.h"
 
 #include <gmock/gmock.h>
@@ -218,8 +219,8 @@ TEST_F(SessionRun, TheLastErrorAndWarningCanBeLookedAt) {
 
 TEST_F(SessionRun, ASyntaxErrorIsAFailureOfItsStatement) {
     EXPECT_TRUE(host.run("x = 'a\ny = 1").hasFailed);
-    EXPECT_THAT(events(), ElementsAre("begin x = 'a", "failed KORVEX:host:syntax", "end", "begin y = 1", "y shown",
-                                      "end"));
+    EXPECT_THAT(events(), ElementsAre("begin x = 'a", "failed KORVEX:host:syntax", "end", "begin y = 1",
+                                      "y shown", "end"));
 }
 
 TEST_F(SessionRun, StopsAtTheFirstFailureOnlyWhenAskedTo) {
@@ -230,8 +231,9 @@ TEST_F(SessionRun, StopsAtTheFirstFailureOnlyWhenAskedTo) {
 }
 
 TEST_F(SessionRun, AGraphicsFunctionIsReachedThroughTheInterpreter) {
-    interpreter::registerFunction("korvex.graphics.internal.hgdelete",
-                                  [](int, kxArray*[], int, const kxArray*[]) { throw std::runtime_error("none"); });
+    interpreter::registerFunction(
+        "korvex.graphics.internal.hgdelete",
+        [](int, kxArray*[], int, const kxArray*[]) { throw std::runtime_error("none"); });
     host.run("handle");
     interpreter::registerFunction("korvex.graphics.internal.hgdelete", {});
     EXPECT_EQ(host.presenter.failures.at(0).text, u"none");

@@ -16,7 +16,8 @@ std::vector<ScriptItem> itemsOf(std::string text) {
     TextLines lines(std::move(text));
     StatementReader reader(lines, isCommand);
     std::vector<ScriptItem> items;
-    while (std::optional<ScriptItem> item = reader.next()) items.push_back(std::move(*item));
+    while (std::optional<ScriptItem> item = reader.next())
+        items.push_back(std::move(*item));
     return items;
 }
 
@@ -80,8 +81,10 @@ TEST(StatementReader, LineNumbersAreThoseOfTheFirstLine) {
 }
 
 TEST(StatementReader, DotsAtTheEndOfALineContinueIt) {
-    EXPECT_THAT(textsOf("x = f(1, ... here it goes on\n 2)"), ElementsAre(u"x = f(1, ... here it goes on", u"2)"));
-    EXPECT_THAT(textsOf("x = f(1, ... % here it goes on\n 2)"), ElementsAre(u"x = f(1, ... % here it goes on\n 2)"));
+    EXPECT_THAT(textsOf("x = f(1, ... here it goes on\n 2)"),
+                ElementsAre(u"x = f(1, ... here it goes on", u"2)"));
+    EXPECT_THAT(textsOf("x = f(1, ... % here it goes on\n 2)"),
+                ElementsAre(u"x = f(1, ... % here it goes on\n 2)"));
     EXPECT_THAT(textsOf("x = 1...\n"), ElementsAre(u"x = 1..."));
 }
 
@@ -116,8 +119,8 @@ TEST(CommandForm, QuotesKeepBlanksAndSeparators) {
 }
 
 TEST(CommandForm, NeedsABlankAndNoBracketOrEqualsSignBehindIt) {
-    for (const char* text : {"copyfile(a)", "copyfile (a)", "copyfile = 3", "copyfile", "copyfile ", "copyfile % x",
-                             "copyfile.x", "other a b"}) {
+    for (const char* text : {"copyfile(a)", "copyfile (a)", "copyfile = 3", "copyfile", "copyfile ",
+                             "copyfile % x", "copyfile.x", "other a b"}) {
         const std::vector<ScriptItem> items = itemsOf(text);
         const auto& statement = std::get<SourceStatement>(items.at(0));
         EXPECT_FALSE(std::holds_alternative<CommandWords>(statement.content)) << text;
@@ -145,7 +148,8 @@ TEST(BadInput, ErrorsNameThePlace) {
     EXPECT_EQ(syntaxErrorOf("x = {1]"), u"In line 1, column 7: ']' closes nothing here.");
     EXPECT_EQ(syntaxErrorOf("x = 3a"), u"In line 1, column 5: this is no number that can be read.");
     EXPECT_EQ(syntaxErrorOf("x = $"), u"In line 1, column 5: the character '$' has no meaning here.");
-    EXPECT_EQ(syntaxErrorOf("x = 1 ..."), u"In line 1, column 7: no line follows the '...' that continues this one.");
+    EXPECT_EQ(syntaxErrorOf("x = 1 ..."),
+              u"In line 1, column 7: no line follows the '...' that continues this one.");
 }
 
 TEST(BadInput, AStatementThatCannotBeReadTakesItsLineAndNoMore) {
@@ -156,15 +160,18 @@ TEST(BadInput, AStatementThatCannotBeReadTakesItsLineAndNoMore) {
 }
 
 TEST(BadInput, BracketsNestedAHundredThousandTimesAreRefused) {
-    EXPECT_EQ(syntaxErrorOf(std::string(100000, '[')), u"In line 1, column 101: brackets are nested too deeply.");
+    EXPECT_EQ(syntaxErrorOf(std::string(100000, '[')),
+              u"In line 1, column 101: brackets are nested too deeply.");
     EXPECT_EQ(syntaxErrorOf("x" + std::string(100000, '(')),
               u"In line 1, column 102: brackets are nested too deeply.");
 }
 
 TEST(BadInput, AnyBytesAreReadToTheEnd) {
     std::string bytes;
-    for (int value = 0; value < 256; ++value) bytes += static_cast<char>(value);
-    for (int value = 255; value >= 0; --value) bytes += static_cast<char>(value);
+    for (int value = 0; value < 256; ++value)
+        bytes += static_cast<char>(value);
+    for (int value = 255; value >= 0; --value)
+        bytes += static_cast<char>(value);
     EXPECT_FALSE(itemsOf(bytes).empty());
 }
 

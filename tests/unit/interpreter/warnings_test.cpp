@@ -37,7 +37,7 @@ protected:
     }
 
     static void warnThatFolderExists() { kxWarningMsgId(KORVEX::MKDIR::DirectoryExists()); }
-    static void warnThatFolderLeftPath() { kxWarningMsgId(KORVEX::RMDIR::RemovedFromPath(u"/work/a")); }
+    static void warnThatFolderLeftPath() { kxWarningMsgId(KORVEX::RMDIR::RemovedFromPath(u"/data/a")); }
 
     std::vector<interpreter::Warning> shown_;
 
@@ -50,7 +50,7 @@ TEST_F(Warnings, AWarningIsShownWithIdentifierAndText) {
     ASSERT_EQ(shown_.size(), 1U);
     EXPECT_EQ(shown_[0].identifier, takenOffPath);
     EXPECT_EQ(shown_[0].text,
-              u"The folder \"/work/a\" was taken off the search path because it was removed.");
+              u"The folder \"/data/a\" was taken off the search path because it was removed.");
 }
 
 TEST_F(Warnings, TheLastOneIsRemembered) {

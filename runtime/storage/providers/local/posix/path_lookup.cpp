@@ -20,19 +20,23 @@ constexpr std::size_t pieceLimit = PATH_MAX - 1;
 /// As many as the system itself follows in one path.
 constexpr int mostLinks = 40;
 
-FileDescriptor openFolder(int base, const std::string& path) noexcept {
-    return FileDescriptor(::openat(base, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+/// Opens a folder relative to one that is open already, and takes its place; 0 or the errno.
+int enterFolder(FileDescriptor& folder, const std::string& path) noexcept {
+    const int base = folder ? folder.get() : AT_FDCWD;
+    const int opened = ::openat(base, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) return errno;
+    folder = FileDescriptor(opened);
+    return 0;
 }
 
 int statusInPieces(std::string_view path, Links links, struct ::stat& status) {
-    FileDescriptor folder = openFolder(AT_FDCWD, "/");
-    if (!folder) return errno;
+    FileDescriptor folder;
+    if (const int systemError = enterFolder(folder, "/")) return systemError;
     path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
     while (path.size() > pieceLimit) {
         const std::size_t end = path.rfind('/', pieceLimit - 1);
         if (end == std::string_view::npos) return ENAMETOOLONG;
-        folder = openFolder(folder.get(), std::string(path.substr(0, end)));
-        if (!folder) return errno;
+        if (const int systemError = enterFolder(folder, std::string(path.substr(0, end)))) return systemError;
         path.remove_prefix(std::min(path.find_first_not_of('/', end), path.size()));
     }
     const std::string rest(path.empty() ? "." : path);
@@ -74,9 +78,8 @@ public:
 
 private:
     int start() {
-        folder_ = openFolder(AT_FDCWD, "/");
         resolved_.clear();
-        return folder_ ? 0 : errno;
+        return enterFolder(folder_, "/");
     }
 
     int step() {
@@ -85,13 +88,13 @@ private:
         if (name == ".") return 0;
         if (name == "..") {
             resolved_.resize(resolved_.empty() ? 0 : resolved_.rfind('/'));
-            return enter(name);
+            return enterFolder(folder_, name);
         }
         struct ::stat status {};
         if (::fstatat(folder_.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
         if (S_ISLNK(status.st_mode)) return follow(name);
         resolved_ += '/' + name;
-        if (S_ISDIR(status.st_mode)) return enter(name);
+        if (S_ISDIR(status.st_mode)) return enterFolder(folder_, name);
         return pending_.empty() ? 0 : ENOTDIR;
     }
 
@@ -101,11 +104,6 @@ private:
         if (target.empty()) return ENOENT;
         pushComponents(target, pending_);
         return target.front() == '/' ? start() : 0;
-    }
-
-    int enter(const std::string& name) {
-        folder_ = openFolder(folder_.get(), name);
-        return folder_ ? 0 : errno;
     }
 
     FileDescriptor folder_;
@@ -129,10 +127,7 @@ int statusOf(const std::string& path, Links links, struct ::stat& status) noexce
 }
 
 std::string canonicalPath(const std::string& path, int& systemError) {
-    struct Free {
-        void operator()(char* text) const noexcept { ::free(text); }
-    };
-    const std::unique_ptr<char, Free> resolved(::realpath(path.c_str(), nullptr));
+    const std::unique_ptr<char, decltype(&::free)> resolved(::realpath(path.c_str(), nullptr), &::free);
     systemError = resolved ? 0 : errno;
     if (resolved) return resolved.get();
     return systemError == ENAMETOOLONG ? CanonicalWalk().resolve(path, systemError) : std::string();

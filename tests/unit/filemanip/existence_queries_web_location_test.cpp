@@ -1,5 +1,5 @@
 // How a web location is told, and how its text is made to parse.
-#include "io/filesystem/filemanip/web_location.h"
+#include "io/filesystem/filemanip/existence_queries_web_location.h"
 
 #include <gtest/gtest.h>
 

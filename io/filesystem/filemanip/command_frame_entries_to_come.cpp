@@ -2,7 +2,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "io/filesystem/filemanip/argument_limits.h"
+#include "io/filesystem/filemanip/command_frame_limits.h"
 #include "io/filesystem/filemanip/command_frame.h"
 
 namespace korvex::filemanip {
@@ -16,39 +16,39 @@ namespace {
 
 }  // namespace
 
-KW_MODULE_EXPORT void copyFile(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void copyFile(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::copyFile, nlhs, nrhs, "copyfile");
 }
 
-KW_MODULE_EXPORT void moveFile(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void moveFile(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::moveFile, nlhs, nrhs, "movefile");
 }
 
-KW_MODULE_EXPORT void makeDir(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void makeDir(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::makeDir, nlhs, nrhs, "mkdir");
 }
 
-KW_MODULE_EXPORT void removeDir(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void removeDir(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::removeDir, nlhs, nrhs, "rmdir");
 }
 
-KW_MODULE_EXPORT void fileAttrib(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void fileAttrib(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fileAttrib, nlhs, nrhs, "fileattrib");
 }
 
-KW_MODULE_EXPORT void bnFullDeleteFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void bnFullDeleteFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fullDelete, nlhs, nrhs, "delete");
 }
 
-KW_MODULE_EXPORT void bnFullRecycleFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void bnFullRecycleFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fullRecycle, nlhs, nrhs, "recycle");
 }
 
-KW_MODULE_EXPORT void bnFullDirFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void bnFullDirFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fullDir, nlhs, nrhs, "dir");
 }
 
-KW_MODULE_EXPORT void bnFullWhatFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
+KX_MODULE_ENTRY void bnFullWhatFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fullWhat, nlhs, nrhs, "what");
 }
 

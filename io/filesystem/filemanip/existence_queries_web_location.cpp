@@ -1,5 +1,5 @@
 // Web locations: how a text is told to be one, and how it is made to parse.
-#include "io/filesystem/filemanip/web_location.h"
+#include "io/filesystem/filemanip/existence_queries_web_location.h"
 
 #include "platform/filesystem_core.h"
 #include "platform/storage_vfs.h"

@@ -1,0 +1,119 @@
+// What files and folders can do: handed to the provider that serves them, or, between two providers, to the
+// transfers.
+#include <utility>
+#include <vector>
+
+#include "platform/storage_vfs.h"
+#include "runtime/storage/storage_system.h"
+#include "runtime/storage/transfers.h"
+
+namespace foundation::storage::vfs {
+
+namespace storage = korvex::runtime::storage;
+
+namespace {
+
+/// Raises `UnsupportedIRISchemeException`.
+template <class Handle>
+storage::Place placeOf(const Handle& handle) {
+    const AbsoluteIRI& location = handle.getLocation();
+    return {handle.storage().system().provider(location), location};
+}
+
+using OwnTransfer = void (storage::Provider::*)(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                                                provider::ReplacementPolicy policy);
+using TransferBetween = void (*)(const storage::Place& source, const storage::Place& destination,
+                                 provider::ReplacementPolicy policy);
+
+/// A provider knows best how to transfer within itself.
+template <class Handle>
+void transfer(const Handle& from, const Handle& to, provider::ReplacementPolicy policy, OwnTransfer within,
+              TransferBetween between) {
+    const storage::Place source = placeOf(from);
+    const storage::Place destination = placeOf(to);
+    if (&source.provider == &destination.provider) {
+        (source.provider.*within)(source.location, destination.location, policy);
+    } else {
+        between(source, destination, policy);
+    }
+}
+
+}  // namespace
+
+void File::copyFile(const File& destination, const provider::ReplacementPolicy& policy) const {
+    transfer(*this, destination, policy, &storage::Provider::copyFile, storage::copyFileBetween);
+}
+
+void File::moveFile(const File& destination, const provider::ReplacementPolicy& policy) const {
+    transfer(*this, destination, policy, &storage::Provider::moveFile, storage::moveFileBetween);
+}
+
+void File::removeFile() const {
+    const storage::Place file = placeOf(*this);
+    file.provider.removeFile(file.location);
+}
+
+void File::setWritable(bool isWritable) const {
+    const storage::Place file = placeOf(*this);
+    file.provider.setWritable(file.location, isWritable);
+}
+
+provider::FolderAttributes Folder::getAttributes() const {
+    const storage::Place folder = placeOf(*this);
+    if (folder.provider.existence(folder.location) != provider::AsFolder)
+        throw Exception(resourceNotFound, folder.location, u"attributes of a folder");
+    return provider::FolderAttributes(folder.provider.isWritable(folder.location));
+}
+
+void Folder::copyFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const {
+    transfer(*this, destination, policy, &storage::Provider::copyFolder, storage::copyFolderBetween);
+}
+
+void Folder::moveFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const {
+    transfer(*this, destination, policy, &storage::Provider::moveFolder, storage::moveFolderBetween);
+}
+
+void Folder::removeFolder(const FolderRemovalPolicy& policy) const {
+    const storage::Place folder = placeOf(*this);
+    folder.provider.removeFolder(folder.location, policy);
+}
+
+void Folder::createFolder() const {
+    const storage::Place folder = placeOf(*this);
+    folder.provider.createFolder(folder.location);
+}
+
+void Folder::createFolderRecursive() const {
+    const storage::Place folder = placeOf(*this);
+    folder.provider.createFolderRecursive(folder.location);
+}
+
+void Folder::setWritable(bool isWritable) const {
+    const storage::Place folder = placeOf(*this);
+    folder.provider.setWritable(folder.location, isWritable);
+}
+
+FolderListing<ListEntry> Folder::listAll(std::u16string pattern) const {
+    const storage::Place folder = placeOf(*this);
+    std::vector<storage::ListedEntry> found = folder.provider.list(folder.location, pattern);
+    std::vector<ListEntry> entries;
+    entries.reserve(found.size());
+    for (const storage::ListedEntry& entry : found) {
+        const AbsoluteIRI location(folder.location, entry.name);
+        entries.emplace_back(entry.isFolder ? Item(Folder(location, storage_))
+                                            : Item(File(location, storage_)));
+    }
+    return FolderListing<ListEntry>(std::move(entries));
+}
+
+const AbsoluteIRI& ListEntry::getLocation() const {
+    return item_.which() == 0 ? boost::get<File>(item_).getLocation()
+                              : boost::get<Folder>(item_).getLocation();
+}
+
+bool isWritable(const Item& item) {
+    const storage::Place place = boost::apply_visitor([](const auto& handle) { return placeOf(handle); }, item);
+    return place.provider.isWritable(place.location);
+}
+
+}  // namespace foundation::storage::vfs
