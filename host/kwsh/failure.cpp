@@ -3,11 +3,15 @@
 
 #include <new>
 
+#include "platform/message_identifiers.h"
+#include "platform/storage_vfs.h"
 #include "platform/user_exceptions.h"
 #include "runtime/messages/environment_messages.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::host {
+
+namespace vfs = foundation::storage::vfs;
 
 using foundation::core::except::Exception;
 using foundation::core::except::IException;
@@ -32,6 +36,14 @@ Failure describeCurrentException() {
         Failure failure{unexpected, {}};
         error.convert_str(failure.text);
         return failure;
+    } catch (const vfs::Exception& error) {
+        return {vfs::messageOf(error.getErrorCode(), {}).identifier(), error.ToUstring()};
+    } catch (const vfs::InvalidIRIException& error) {
+        return {KORVEX::virtualfilesystem::invalidIRI(error.getInvalidIRIString()).identifier(),
+                error.ToUstring()};
+    } catch (const vfs::UnsupportedIRISchemeException& error) {
+        return {KORVEX::virtualfilesystem::unsupportedProvider(error.getScheme()).identifier(),
+                error.ToUstring()};
     } catch (const IException& error) {
         return {unexpected, runtime::text::fromBytes(error.what())};
     } catch (const std::bad_alloc&) {

@@ -9,6 +9,7 @@
 
 #include "host/kwsh/failure.h"
 #include "host/kwsh/text_functions.h"
+#include "runtime/process/process.h"
 
 namespace korvex::host {
 namespace {
@@ -166,6 +167,10 @@ Value missingValue(std::span<const Value>) { return makeString(std::nullopt); }
 Value notANumber(std::span<const Value>) { return makeDouble(std::numeric_limits<double>::quiet_NaN()); }
 Value infinity(std::span<const Value>) { return makeDouble(std::numeric_limits<double>::infinity()); }
 
+Value temporaryFolder(std::span<const Value>) {
+    return Value(matrix::create(runtime::process::makeTemporaryFolder()).release());
+}
+
 constexpr std::array functions = {
     HostFunction{"Inf", 0, 0, infinity, "Inf", "the infinite number"},
     HostFunction{"NaN", 0, 0, notANumber, "NaN", "the number that is none"},
@@ -186,6 +191,8 @@ constexpr std::array functions = {
     HostFunction{"string", 1, 1, stringsFrom, "string(x)", "texts or numbers as a string array"},
     HostFunction{"strings", 0, noLimit, stringsOf, "strings(dims...)", "an array of empty strings"},
     HostFunction{"struct", 0, 0, emptyStructure, "struct()", "a structure without fields"},
+    HostFunction{"tempfolder", 0, 0, temporaryFolder, "tempfolder",
+                 "makes a folder for scratch work, gives its path"},
     HostFunction{"true", 0, 0, trueValue, "true", "the logical value"},
     HostFunction{"zeros", 0, noLimit, zerosOf, "zeros(dims...)", "an array of zeros"},
 };

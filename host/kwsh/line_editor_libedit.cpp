@@ -67,6 +67,8 @@ public:
     TypedLine read(const std::string& prompt) override {
         prompt_ = prompt;
         ::el_resize(editor_.get());
+        // Before the prompt is shown, so that a key pressed right behind it has its meaning for the editor.
+        ::el_set(editor_.get(), EL_PREP_TERM, 1);
         int count = 0;
         const char* line = ::el_gets(editor_.get(), &count);
         if (runtime::interpreter::takeInterrupt()) {

@@ -4,7 +4,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <string_view>
+
+#include "platform/diagnostic_log.h"
 
 namespace korvex::host {
 namespace {
@@ -32,14 +35,34 @@ constexpr OptionHelp configurationHelp{"--config", "FOLDER", "where settings and
                                        "kwsh --config ./settings"};
 constexpr OptionHelp columnsHelp{"--columns", "N", "the width of the window in characters",
                                  "kwsh --columns 120 -e dir"};
+constexpr OptionHelp traceHelp{"--trace[=MASK]", "",
+                               "diagnostic trace to standard error; a bit a severity, 0x for hexadecimal",
+                               "kwsh --trace=0x60 clean.k"};
+constexpr OptionHelp traceFileHelp{"--trace-file", "FILE", "the trace to a file, emptied first",
+                                   "kwsh --trace-file trace.log clean.k"};
 constexpr OptionHelp versionHelp{"--version", "", "show the version", "kwsh --version"};
 constexpr OptionHelp usageHelp{"-h,--help", "", "show this text", "kwsh --help"};
 
-constexpr std::array helpOrder = {scriptHelp, statementHelp,     jsonHelp,    transcriptHelp, stopHelp,
-                                  folderHelp, configurationHelp, columnsHelp, versionHelp,    usageHelp};
+constexpr std::array helpOrder = {scriptHelp, statementHelp, jsonHelp,          transcriptHelp,
+                                  stopHelp,   folderHelp,    configurationHelp, columnsHelp,
+                                  traceHelp,  traceFileHelp, versionHelp,       usageHelp};
 
 std::string namesOf(const OptionHelp& help) { return std::string(help.names); }
 std::string meaningOf(const OptionHelp& help) { return std::string(help.meaning); }
+
+/// Decimal, or hexadecimal behind 0x; 32 bits.
+std::uint32_t traceMaskOf(std::string_view text) {
+    const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    const std::string_view digits = isHexadecimal ? text.substr(2) : text;
+    const char* const end = digits.data() + digits.size();
+    std::uint32_t mask = 0;
+    const auto result = std::from_chars(digits.data(), end, mask, isHexadecimal ? 16 : 10);
+    if (result.ec != std::errc() || result.ptr != end) {
+        throw OptionError("--trace takes a mask of 32 bits, as 96 or 0x60, and not '" + std::string(text) +
+                          "'");
+    }
+    return mask;
+}
 
 void requireOneInput(const Options& options, bool isJson, bool isTranscript) {
     if (options.script && !options.statements.empty()) {
@@ -72,6 +95,11 @@ Options parseOptions(std::vector<std::string> arguments) {
     app.add_option(namesOf(configurationHelp), options.configurationFolder, meaningOf(configurationHelp));
     app.add_option(namesOf(columnsHelp), options.columns, meaningOf(columnsHelp))
         ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000}));
+    // A switch that may carry a value behind "="; a word behind a blank is not its.
+    std::optional<std::string> traceMask;
+    app.add_flag("--trace{" + std::to_string(foundation::log::severity::all) + "}", traceMask,
+                 meaningOf(traceHelp));
+    app.add_option(namesOf(traceFileHelp), options.traceFile, meaningOf(traceFileHelp));
     addSwitch(versionHelp, options.isVersionWanted);
     addSwitch(usageHelp, options.isHelpWanted);
 
@@ -82,6 +110,8 @@ Options parseOptions(std::vector<std::string> arguments) {
         throw OptionError(error.what());
     }
     requireOneInput(options, isJson, isTranscript);
+    if (traceMask) options.traceMask = traceMaskOf(*traceMask);
+    if (options.traceFile && !options.traceMask) options.traceMask = foundation::log::severity::all;
     if (isJson) options.format = OutputFormat::json;
     if (isTranscript) options.format = OutputFormat::transcript;
     return options;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -21,6 +22,10 @@ struct Options {
     std::optional<std::string> currentFolder;
     std::optional<std::string> configurationFolder;
     std::optional<std::size_t> columns;
+    /// The severities of the diagnostic trace; none without a trace.
+    std::optional<std::uint32_t> traceMask;
+    /// Where the trace goes instead of standard error.
+    std::optional<std::string> traceFile;
     bool isHelpWanted = false;
     bool isVersionWanted = false;
 };

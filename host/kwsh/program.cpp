@@ -4,6 +4,7 @@
 #include <charconv>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 #include "host/kwsh/json_presenter.h"
 #include "host/kwsh/options.h"
@@ -16,6 +17,7 @@
 #include "platform/user_exceptions.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/interpreter/functions.h"
+#include "runtime/log/trace_output.h"
 #include "runtime/messages/environment_messages.h"
 #include "runtime/process/process.h"
 #include "runtime/text/encoding.h"
@@ -88,6 +90,19 @@ void enterFolder(const std::string& folder) {
     }
 }
 
+/// The trace runs as long as the object lives; null when none is wanted.
+std::unique_ptr<runtime::log::TraceOutput> startTrace(const Options& options, std::ostream& errors) {
+    using runtime::log::TraceOutput;
+    if (!options.traceMask) return nullptr;
+    if (!options.traceFile) return std::make_unique<TraceOutput>(errors, *options.traceMask);
+    try {
+        return std::make_unique<TraceOutput>(absolutePath(*options.traceFile), *options.traceMask);
+    } catch (const std::system_error& error) {
+        throw OptionError("the trace file '" + *options.traceFile +
+                          "' cannot be written: " + error.code().message());
+    }
+}
+
 bool isConversation(const Options& options) {
     return options.statements.empty() && !options.script && options.format == OutputFormat::people &&
            process::isTerminal(process::Stream::input);
@@ -129,6 +144,7 @@ int runWithOptions(const Options& options, const ProgramStreams& streams) {
     const bool isAtPrompt = isConversation(options);
     std::vector<std::unique_ptr<LineSource>> sources;
     if (!isAtPrompt) sources = openSources(options, streams.input);
+    const std::unique_ptr<runtime::log::TraceOutput> trace = startTrace(options, streams.errors);
     if (options.currentFolder) enterFolder(*options.currentFolder);
     setColumns(options);
     registerGraphicsFunction();

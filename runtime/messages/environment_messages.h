@@ -34,12 +34,22 @@ namespace KORVEX::FileManip {
 struct OSError : resource_core::Message<"KORVEX:FileManip:OSError", 0> {
     using Message::Message;
 };
+struct OSErrorWithReason : resource_core::Message<"KORVEX:FileManip:OSErrorWithReason", 1> {
+    using Message::Message;
+};
 }  // namespace KORVEX::FileManip
+
+namespace KORVEX::FILEATTRIB {
+struct CouldNotSetAttributes : resource_core::Message<"KORVEX:FILEATTRIB:CouldNotSetAttributes", 0> {
+    using Message::Message;
+};
+}  // namespace KORVEX::FILEATTRIB
 
 namespace KORVEX {
 
 /// Every message class above.
-using EnvironmentVocabulary = std::tuple<UndefinedFunction, maxlhs, maxrhs, minrhs, host::interrupted,
-                                         host::noGraphics, FileManip::OSError>;
+using EnvironmentVocabulary =
+    std::tuple<UndefinedFunction, maxlhs, maxrhs, minrhs, host::interrupted, host::noGraphics,
+               FileManip::OSError, FileManip::OSErrorWithReason, FILEATTRIB::CouldNotSetAttributes>;
 
 }  // namespace KORVEX

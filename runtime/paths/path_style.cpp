@@ -64,7 +64,9 @@ std::u16string joinedOnWindows(std::u16string_view base, std::u16string_view pat
     constexpr PathStyle style = PathStyle::windows;
     if (!path.empty() && isSeparator(path[0], style)) return std::u16string(volumeOf(base)).append(path);
     if (startsWithDrive(path, style)) {
-        const bool sameDrive = startsWithDrive(base, style) && smallLetter(base[0]) == smallLetter(path[0]);
+        const std::u16string_view volume = volumeOf(base);
+        const bool sameDrive =
+            volume.ends_with(u':') && smallLetter(volume[volume.size() - 2]) == smallLetter(path[0]);
         if (sameDrive) return joined(base, path.substr(2), style);
         return std::u16string(path.substr(0, 2)).append(u"\\").append(path.substr(2));
     }

@@ -63,4 +63,8 @@ int runShellCommand(const std::u16string& command, const std::u16string& folder,
 /// words.
 std::string readFile(const std::u16string& path);
 
+/// A new, empty folder of the user's own among the system's temporary ones. Native path. Raises
+/// `std::runtime_error` with the system's words.
+std::u16string makeTemporaryFolder();
+
 }  // namespace korvex::runtime::process

@@ -83,7 +83,9 @@ Exception::Exception(ErrorCode code, AbsoluteIRI location, std::u16string contex
           return describe(code, where, during, words);
       }) {}
 
-std::unique_ptr<except::IException> Exception::copyToHeap() const { return std::make_unique<Exception>(*this); }
+std::unique_ptr<except::IException> Exception::copyToHeap() const {
+    return std::make_unique<Exception>(*this);
+}
 void Exception::throwCopy() const { throw Exception(*this); }
 
 InvalidIRIException::InvalidIRIException(std::u16string text)

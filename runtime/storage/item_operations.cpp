@@ -15,22 +15,23 @@ namespace {
 
 /// Raises `UnsupportedIRISchemeException`.
 template <class Handle>
-storage::Place placeOf(const Handle& handle) {
+storage::ServedLocation served(const Handle& handle) {
     const AbsoluteIRI& location = handle.getLocation();
     return {handle.storage().system().provider(location), location};
 }
 
 using OwnTransfer = void (storage::Provider::*)(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                                                 provider::ReplacementPolicy policy);
-using TransferBetween = void (*)(const storage::Place& source, const storage::Place& destination,
+using TransferBetween = void (*)(const storage::ServedLocation& source,
+                                 const storage::ServedLocation& destination,
                                  provider::ReplacementPolicy policy);
 
 /// A provider knows best how to transfer within itself.
 template <class Handle>
 void transfer(const Handle& from, const Handle& to, provider::ReplacementPolicy policy, OwnTransfer within,
               TransferBetween between) {
-    const storage::Place source = placeOf(from);
-    const storage::Place destination = placeOf(to);
+    const storage::ServedLocation source = served(from);
+    const storage::ServedLocation destination = served(to);
     if (&source.provider == &destination.provider) {
         (source.provider.*within)(source.location, destination.location, policy);
     } else {
@@ -49,17 +50,17 @@ void File::moveFile(const File& destination, const provider::ReplacementPolicy& 
 }
 
 void File::removeFile() const {
-    const storage::Place file = placeOf(*this);
+    const storage::ServedLocation file = served(*this);
     file.provider.removeFile(file.location);
 }
 
 void File::setWritable(bool isWritable) const {
-    const storage::Place file = placeOf(*this);
+    const storage::ServedLocation file = served(*this);
     file.provider.setWritable(file.location, isWritable);
 }
 
 provider::FolderAttributes Folder::getAttributes() const {
-    const storage::Place folder = placeOf(*this);
+    const storage::ServedLocation folder = served(*this);
     if (folder.provider.existence(folder.location) != provider::AsFolder)
         throw Exception(resourceNotFound, folder.location, u"attributes of a folder");
     return provider::FolderAttributes(folder.provider.isWritable(folder.location));
@@ -74,27 +75,27 @@ void Folder::moveFolder(const Folder& destination, const provider::ReplacementPo
 }
 
 void Folder::removeFolder(const FolderRemovalPolicy& policy) const {
-    const storage::Place folder = placeOf(*this);
+    const storage::ServedLocation folder = served(*this);
     folder.provider.removeFolder(folder.location, policy);
 }
 
 void Folder::createFolder() const {
-    const storage::Place folder = placeOf(*this);
+    const storage::ServedLocation folder = served(*this);
     folder.provider.createFolder(folder.location);
 }
 
 void Folder::createFolderRecursive() const {
-    const storage::Place folder = placeOf(*this);
+    const storage::ServedLocation folder = served(*this);
     folder.provider.createFolderRecursive(folder.location);
 }
 
 void Folder::setWritable(bool isWritable) const {
-    const storage::Place folder = placeOf(*this);
+    const storage::ServedLocation folder = served(*this);
     folder.provider.setWritable(folder.location, isWritable);
 }
 
 FolderListing<ListEntry> Folder::listAll(std::u16string pattern) const {
-    const storage::Place folder = placeOf(*this);
+    const storage::ServedLocation folder = served(*this);
     std::vector<storage::ListedEntry> found = folder.provider.list(folder.location, pattern);
     std::vector<ListEntry> entries;
     entries.reserve(found.size());
@@ -112,7 +113,8 @@ const AbsoluteIRI& ListEntry::getLocation() const {
 }
 
 bool isWritable(const Item& item) {
-    const storage::Place place = boost::apply_visitor([](const auto& handle) { return placeOf(handle); }, item);
+    const storage::ServedLocation place =
+        boost::apply_visitor([](const auto& handle) { return served(handle); }, item);
     return place.provider.isWritable(place.location);
 }
 

@@ -180,7 +180,8 @@ std::size_t lastComponent(std::u16string_view path) noexcept { return path.rfind
 
 /// A web path may end in slashes; its name and its parent are those of the path without them.
 std::u16string_view withoutTrailingSlashes(std::u16string_view path) noexcept {
-    while (path.size() > 1 && path.back() == u'/') path.remove_suffix(1);
+    while (path.size() > 1 && path.back() == u'/')
+        path.remove_suffix(1);
     return path;
 }
 

@@ -1,8 +1,8 @@
 // How a transfer or removal tells how far it is, and how it notices that the user wants it to stop.
 //
 // A host sets an observer; without one nothing is counted. Between files the storage layer looks at the
-// pending-interrupt flag (runtime/interpreter/interrupts.h): it stops there, leaves no file in part, and raises
-// `vfs::Exception` with `unknownError` and the context "interrupted". The flag stays pending.
+// pending-interrupt flag (runtime/interpreter/interrupts.h): it stops there, leaves no file in part, and
+// raises `vfs::Exception` with `unknownError` and the context "interrupted". The flag stays pending.
 #pragma once
 
 #include <atomic>

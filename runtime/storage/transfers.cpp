@@ -21,8 +21,8 @@ constexpr const char16_t* preparing = u"preparing a transfer";
 constexpr const char16_t* listingName = u"a name that is a path elsewhere";
 constexpr const char16_t* keepingLink = u"a link or device, taken to another storage";
 
-void requireWriting(const Place& place) {
-    if (place.provider.onlyReads()) throw vfs::Exception(vfs::readOnlyProvider, place.location, preparing);
+void requireWriting(const ServedLocation& served) {
+    if (served.provider.onlyReads()) throw vfs::Exception(vfs::readOnlyProvider, served.location, preparing);
 }
 
 void requireNoLink(Provider& provider, const AbsoluteIRI& location) {
@@ -94,7 +94,7 @@ private:
 /// above them waits on a stack.
 class FolderCopier {
 public:
-    FolderCopier(const Place& source, const Place& destination, ReplacementPolicy policy)
+    FolderCopier(const ServedLocation& source, const ServedLocation& destination, ReplacementPolicy policy)
         : from_(source.provider),
           to_(destination.provider),
           source_(source.location),
@@ -168,14 +168,16 @@ private:
 
 }  // namespace
 
-void copyFileBetween(const Place& source, const Place& destination, ReplacementPolicy policy) {
+void copyFileBetween(const ServedLocation& source, const ServedLocation& destination,
+                     ReplacementPolicy policy) {
     requireWriting(destination);
     FileCopier copier(source.provider, destination.provider, policy);
     copier.progress().found(1, 0);
     copier.copy(source.location, destination.location);
 }
 
-void moveFileBetween(const Place& source, const Place& destination, ReplacementPolicy policy) {
+void moveFileBetween(const ServedLocation& source, const ServedLocation& destination,
+                     ReplacementPolicy policy) {
     requireWriting(destination);
     requireWriting(source);
     requireNoLink(source.provider, source.location);
@@ -183,15 +185,19 @@ void moveFileBetween(const Place& source, const Place& destination, ReplacementP
     source.provider.removeFile(source.location);
 }
 
-void copyFolderBetween(const Place& source, const Place& destination, ReplacementPolicy policy) {
+void copyFolderBetween(const ServedLocation& source, const ServedLocation& destination,
+                       ReplacementPolicy policy) {
     requireWriting(destination);
     const bool isOneProvider = &source.provider == &destination.provider;
-    if (isOneProvider && source.location.isAncestorOf(destination.location))
+    const bool isOwnSubtree =
+        source.location == destination.location || source.location.isAncestorOf(destination.location);
+    if (isOneProvider && isOwnSubtree)
         throw vfs::Exception(vfs::invalidLocation, destination.location, preparing);
     FolderCopier(source, destination, policy).copy();
 }
 
-void moveFolderBetween(const Place& source, const Place& destination, ReplacementPolicy policy) {
+void moveFolderBetween(const ServedLocation& source, const ServedLocation& destination,
+                       ReplacementPolicy policy) {
     requireWriting(destination);
     requireWriting(source);
     requireNoLink(source.provider, source.location);

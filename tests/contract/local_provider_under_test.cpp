@@ -1,5 +1,9 @@
 // The provider of "file", over a scratch folder that the standard library fills.
+#include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
 
 #include "platform/path_management.h"
 #include "runtime/storage/providers/local/local_provider.h"
@@ -32,7 +36,31 @@ public:
         std::filesystem::create_symlink(nativePath(target), link);
     }
 
+    std::string contentOf(const std::u16string& path) const override {
+        std::ifstream stream(at(path), std::ios::binary);
+        if (!stream) throw std::runtime_error("cannot read " + at(path).string());
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    std::u16string linkTargetOf(const std::u16string& path) const override {
+        return runtime::text::fromBytes(std::filesystem::read_symlink(at(path)).string());
+    }
+    bool hasWriteBits(const std::u16string& path) const override {
+        using std::filesystem::perms;
+        constexpr perms writeBits = perms::owner_write | perms::group_write | perms::others_write;
+        return (std::filesystem::status(at(path)).permissions() & writeBits) != perms::none;
+    }
+    Time changeTimeOf(const std::u16string& path) const override {
+        const auto time = std::filesystem::last_write_time(at(path));
+        return std::chrono::floor<std::chrono::seconds>(std::filesystem::file_time_type::clock::to_sys(time));
+    }
+    void setChangeTime(const std::u16string& path, Time time) override {
+        using Clock = std::filesystem::file_time_type::clock;
+        std::filesystem::last_write_time(at(path), Clock::from_sys(time));
+    }
+
 private:
+    std::filesystem::path at(const std::u16string& path) const { return folder_.path() / nativePath(path); }
+
     ScratchFolder folder_;
     std::shared_ptr<vfs::StorageSystem> system_ = std::make_shared<vfs::StorageSystem>();
 };

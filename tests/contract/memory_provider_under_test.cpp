@@ -1,5 +1,9 @@
 // The provider of "memory", with a host that has other neighbours.
 #include "runtime/storage/providers/memory/memory_provider.h"
+
+#include <array>
+#include <span>
+
 #include "tests/contract/provider_under_test.h"
 
 namespace korvex::tests {
@@ -22,6 +26,29 @@ public:
         memory_->putFile(locationOf(path), content);
     }
     void makeFolder(const std::u16string& path) override { memory_->putFolder(locationOf(path)); }
+
+    std::string contentOf(const std::u16string& path) const override {
+        const auto stream = memory_->read(locationOf(path));
+        std::string content;
+        std::array<char, 4096> buffer{};
+        while (const std::size_t count = stream->read(std::as_writable_bytes(std::span(buffer))))
+            content.append(buffer.data(), count);
+        return content;
+    }
+    bool hasWriteBits(const std::u16string& path) const override {
+        return memory_->isWritable(locationOf(path));
+    }
+    Time changeTimeOf(const std::u16string& path) const override {
+        return std::chrono::floor<std::chrono::seconds>(
+            memory_->read(locationOf(path))->attributes().changed.value());
+    }
+    void setChangeTime(const std::u16string& path, Time time) override {
+        const std::string content = contentOf(path);
+        const auto stream = memory_->write(locationOf(path), provider::ReplaceAny);
+        stream->write(std::as_bytes(std::span(content)));
+        stream->setAttributes({.changed = time});
+        stream->commit();
+    }
 
 private:
     std::shared_ptr<runtime::storage::MemoryProvider> memory_ =

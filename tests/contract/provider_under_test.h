@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -30,10 +31,14 @@ struct Abilities {
     bool hasLinks = true;
     bool canList = true;
     bool canWrite = true;
+    /// Nothing goes in or out of a folder that may not be written. On a disk a superuser may all the same.
+    bool guardsFolders = true;
 };
 
 class ProviderUnderTest {
 public:
+    using Time = std::chrono::sys_seconds;
+
     virtual ~ProviderUnderTest() = default;
 
     /// A storage system with this provider alone.
@@ -49,6 +54,13 @@ public:
     virtual void makeFolder(const std::u16string& path);
     /// `target` is relative to the link, or absolute.
     virtual void makeLink(const std::u16string& path, const std::u16string& target);
+
+    /// What the storage holds, found out by other ways than the provider's own where there are any.
+    virtual std::string contentOf(const std::u16string& path) const;
+    virtual std::u16string linkTargetOf(const std::u16string& path) const;
+    virtual bool hasWriteBits(const std::u16string& path) const;
+    virtual Time changeTimeOf(const std::u16string& path) const;
+    virtual void setChangeTime(const std::u16string& path, Time time);
 
     AbsoluteIRI locationOf(const std::u16string& path) const { return AbsoluteIRI(home(), path); }
 };
@@ -92,6 +104,10 @@ protected:
 
 std::unique_ptr<ProviderUnderTest> makeLocalProviderUnderTest();
 std::unique_ptr<ProviderUnderTest> makeMemoryProviderUnderTest();
+/// The same behind a provider that only watches, and one that does what is done to folders item by item.
+std::unique_ptr<ProviderUnderTest> makeWatchedLocalProviderUnderTest();
+std::unique_ptr<ProviderUnderTest> makeWatchedMemoryProviderUnderTest();
+std::unique_ptr<ProviderUnderTest> makeMemoryProviderByItemsUnderTest();
 std::unique_ptr<ProviderUnderTest> makeHttpProviderUnderTest();
 std::unique_ptr<ProviderUnderTest> makeHttpsProviderUnderTest();
 

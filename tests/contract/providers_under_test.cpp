@@ -10,11 +10,17 @@ namespace korvex::tests {
 namespace {
 
 constexpr Abilities readingOfFilesOnly{
-    .hasFolders = false, .hasLinks = false, .canList = false, .canWrite = false};
+    .hasFolders = false, .hasLinks = false, .canList = false, .canWrite = false, .guardsFolders = false};
+
+constexpr Abilities ofDisk{.guardsFolders = false};
+constexpr Abilities ofMemory{.hasLinks = false};
 
 constexpr ProviderCase providerCases[] = {
-    {"file", {}, makeLocalProviderUnderTest},
-    {"memory", {.hasLinks = false}, makeMemoryProviderUnderTest},
+    {"file", ofDisk, makeLocalProviderUnderTest},
+    {"memory", ofMemory, makeMemoryProviderUnderTest},
+    {"file_watched", ofDisk, makeWatchedLocalProviderUnderTest},
+    {"memory_watched", ofMemory, makeWatchedMemoryProviderUnderTest},
+    {"memory_by_items", ofMemory, makeMemoryProviderByItemsUnderTest},
     {"http", readingOfFilesOnly, makeHttpProviderUnderTest},
     {"https", readingOfFilesOnly, makeHttpsProviderUnderTest},
 };
@@ -25,6 +31,26 @@ void ProviderUnderTest::makeFolder(const std::u16string&) { throw std::logic_err
 
 void ProviderUnderTest::makeLink(const std::u16string&, const std::u16string&) {
     throw std::logic_error("it has no links");
+}
+
+std::string ProviderUnderTest::contentOf(const std::u16string&) const {
+    throw std::logic_error("nobody looks at its content");
+}
+
+std::u16string ProviderUnderTest::linkTargetOf(const std::u16string&) const {
+    throw std::logic_error("it has no links");
+}
+
+bool ProviderUnderTest::hasWriteBits(const std::u16string&) const {
+    throw std::logic_error("it has no write bits");
+}
+
+ProviderUnderTest::Time ProviderUnderTest::changeTimeOf(const std::u16string&) const {
+    throw std::logic_error("nobody asks for its times");
+}
+
+void ProviderUnderTest::setChangeTime(const std::u16string&, Time) {
+    throw std::logic_error("nobody asks for its times");
 }
 
 std::ostream& operator<<(std::ostream& stream, const ProviderCase& tested) { return stream << tested.name; }

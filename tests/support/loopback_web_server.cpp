@@ -48,6 +48,10 @@ std::optional<std::string> behind(std::string_view path, std::string_view prefix
     return std::string(path.substr(prefix.size()));
 }
 
+bool isForGetOnly(std::string_view path) {
+    return path == "/endless" || path == "/stalling" || path == "/broken" || path == "/broken-chunks";
+}
+
 }  // namespace
 
 struct LoopbackWebServer::State {
@@ -59,6 +63,7 @@ struct LoopbackWebServer::State {
     void answerFile(const std::string& path, const httplib::Request& request, httplib::Response& response);
     void answerEndless(httplib::Response& response);
     void answerStalling(httplib::Response& response);
+    static void answerBroken(httplib::Response& response, bool announcesLength);
     void waitForEndOfSilence();
 
     std::optional<SelfSignedCertificate> certificate;
@@ -188,7 +193,7 @@ void LoopbackWebServer::State::answer(const httplib::Request& request, httplib::
     remember(request);
     const bool isHead = request.method == "HEAD";
     const bool isReading = isHead || request.method == "GET";
-    if (!isReading || (isHead && (request.path == "/endless" || request.path == "/stalling"))) {
+    if (!isReading || (isHead && isForGetOnly(request.path))) {
         response.status = 405;
     } else if (const auto status = behind(request.path, "/status/")) {
         response.status = std::stoi(*status);
@@ -211,6 +216,11 @@ void LoopbackWebServer::State::answer(const httplib::Request& request, httplib::
         response.status = 500;
     } else if (request.path == "/stalling") {
         answerStalling(response);
+    } else if (request.path == "/broken" || request.path == "/broken-chunks") {
+        answerBroken(response, request.path == "/broken");
+    } else if (request.path == "/dated") {
+        response.set_header("Last-Modified", "Mon, 02 Mar 2015 12:30:00 GMT");
+        response.set_content("dated", contentType);
     } else {
         answerFile(request.path, request, response);
     }
@@ -263,6 +273,23 @@ void LoopbackWebServer::State::answerStalling(httplib::Response& response) {
         waitForEndOfSilence();
         return false;
     });
+}
+
+void LoopbackWebServer::State::answerBroken(httplib::Response& response, bool announcesLength) {
+    static constexpr std::array<char, 5000> half{};
+    response.status = 200;
+    const auto writeHalf = [](httplib::DataSink& sink) {
+        sink.write(half.data(), half.size());
+        return false;
+    };
+    if (announcesLength) {
+        response.set_content_provider(
+            2 * half.size(), contentType,
+            [=](std::size_t, std::size_t, httplib::DataSink& sink) { return writeHalf(sink); });
+    } else {
+        response.set_chunked_content_provider(
+            contentType, [=](std::size_t, httplib::DataSink& sink) { return writeHalf(sink); });
+    }
 }
 
 void LoopbackWebServer::State::waitForEndOfSilence() {

@@ -9,6 +9,9 @@
 //   /endless         405 to HEAD; to GET with a body of `endlessBytes`, whatever range is asked for
 //   /silent          never; with 500 when the silence is ended or the server stops
 //   /stalling        405 to HEAD; to GET with status 200 and then with silence instead of the body
+//   /broken          405 to HEAD; to GET with half of the length that it announces, and the connection's end
+//   /broken-chunks   the same without a length
+//   /dated           a file that was changed at `secondsOfDated`
 // Everything else is 404. Paths are decoded. Methods beside HEAD and GET are 405.
 #pragma once
 
@@ -33,6 +36,8 @@ public:
     };
 
     static constexpr std::uint64_t endlessBytes = std::uint64_t{1} << 30;
+    /// Since 1970: 2 March 2015, 12:30:00 UTC.
+    static constexpr std::int64_t secondsOfDated = 1425299400;
 
     /// Listens when the constructor is through. An https server has a certificate of its own, signed by
     /// itself, for these names and addresses. Raises `std::runtime_error`.

@@ -1,4 +1,4 @@
-// One open file descriptor and its owner.
+// Owner of an open file, folder or pipe.
 #pragma once
 
 #include <unistd.h>
@@ -10,22 +10,26 @@ namespace korvex::runtime::process {
 class FileDescriptor {
 public:
     FileDescriptor() = default;
-    explicit FileDescriptor(int number) noexcept : number_(number) {}
-    ~FileDescriptor() { close(); }
-    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    /// Takes over an open descriptor; a negative one stands for none.
+    explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        std::swap(number_, other.number_);
+        if (this != &other) {
+            close();
+            descriptor_ = std::exchange(other.descriptor_, -1);
+        }
         return *this;
     }
+    ~FileDescriptor() { close(); }
 
-    int number() const noexcept { return number_; }
-    bool isOpen() const noexcept { return number_ >= 0; }
+    int get() const noexcept { return descriptor_; }
+    explicit operator bool() const noexcept { return descriptor_ >= 0; }
     void close() noexcept {
-        if (isOpen()) ::close(std::exchange(number_, -1));
+        if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
     }
 
 private:
-    int number_ = -1;
+    int descriptor_ = -1;
 };
 
 }  // namespace korvex::runtime::process

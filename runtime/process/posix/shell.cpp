@@ -137,7 +137,7 @@ pid_t startShell(std::string command, const std::string& folder, int output) {
 bool waitForOutput(const FileDescriptor& pipe, ChildProcess& shell) {
     constexpr int lookAgainAfter = 200;  // milliseconds; an interrupt just before the call does not wake it
     for (;;) {
-        pollfd waiting{pipe.number(), POLLIN, 0};
+        pollfd waiting{pipe.get(), POLLIN, 0};
         const int ready = ::poll(&waiting, 1, lookAgainAfter);
         if (ready > 0) return true;
         if (ready < 0 && errno != EINTR) raiseSystemError(errno);
@@ -150,7 +150,7 @@ void readUntilEnd(FileDescriptor pipe, ChildProcess& shell,
                   const std::function<void(std::string_view)>& receive) {
     std::array<char, 4096> block{};
     while (waitForOutput(pipe, shell)) {
-        const ssize_t count = ::read(pipe.number(), block.data(), block.size());
+        const ssize_t count = ::read(pipe.get(), block.data(), block.size());
         if (count == 0) return;
         if (count > 0) {
             receive({block.data(), static_cast<std::size_t>(count)});
@@ -165,7 +165,7 @@ void readUntilEnd(FileDescriptor pipe, ChildProcess& shell,
 int runShellCommand(const std::u16string& command, const std::u16string& folder,
                     const std::function<void(std::string_view)>& receive) {
     Pipe pipe = openPipe();
-    ChildProcess shell(startShell(bytesOf(command), bytesOf(folder), pipe.writeEnd.number()));
+    ChildProcess shell(startShell(bytesOf(command), bytesOf(folder), pipe.writeEnd.get()));
     pipe.writeEnd.close();
     readUntilEnd(std::move(pipe.readEnd), shell, receive);
     return shell.exitStatus();

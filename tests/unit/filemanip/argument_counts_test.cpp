@@ -7,6 +7,9 @@ namespace korvex::filemanip::tests {
 namespace {
 
 constexpr int unlimited = -1;
+constexpr int manyArguments = 100;
+
+constexpr const char* notTexts = "KORVEX:string:MustBeCharCellArrayOrString";
 
 struct Limits {
     const char* name;
@@ -14,27 +17,30 @@ struct Limits {
     int mostOutputs;
     int fewestArguments;
     int mostArguments;
+    /// What the command says of numbers for arguments, once their count is right.
+    const char* afterTheCounts;
 };
 
 void PrintTo(const Limits& limits, std::ostream* stream) { *stream << limits.name; }
 
 class ArgumentCountsTest : public testing::TestWithParam<Limits> {
 protected:
+    /// The identifier of the error, or the text of one that has none.
     std::string errorOf(int nlhs, int nrhs) const {
         const Array argument = number(1);
         try {
             return call(GetParam().entry, nlhs,
                         std::vector<const kxArray*>(std::size_t(nrhs), argument.get()))
                 .errorIdentifier;
-        } catch (const std::runtime_error&) {
-            return "";  // past the counts
+        } catch (const std::runtime_error& error) {
+            return error.what();
         }
     }
 };
 
 TEST_P(ArgumentCountsTest, TooManyOutputsAreReportedFirst) {
     const Limits& limits = GetParam();
-    const int tooMany = limits.mostArguments == unlimited ? 20 : limits.mostArguments + 1;
+    const int tooMany = limits.mostArguments == unlimited ? manyArguments : limits.mostArguments + 1;
     EXPECT_EQ(errorOf(limits.mostOutputs + 1, limits.fewestArguments), "KORVEX:maxlhs");
     EXPECT_EQ(errorOf(limits.mostOutputs + 1, tooMany), "KORVEX:maxlhs");
     EXPECT_EQ(errorOf(limits.mostOutputs + 1, 0), "KORVEX:maxlhs");
@@ -42,37 +48,47 @@ TEST_P(ArgumentCountsTest, TooManyOutputsAreReportedFirst) {
 
 TEST_P(ArgumentCountsTest, TooManyArgumentsAreReported) {
     const Limits& limits = GetParam();
-    if (limits.mostArguments == unlimited) {
-        EXPECT_NE(errorOf(limits.mostOutputs, 100), "KORVEX:maxrhs");
-    } else {
-        EXPECT_EQ(errorOf(limits.mostOutputs, limits.mostArguments + 1), "KORVEX:maxrhs");
-        EXPECT_NE(errorOf(limits.mostOutputs, limits.mostArguments), "KORVEX:maxrhs");
-    }
+    const bool isLimited = limits.mostArguments != unlimited;
+    const int most = isLimited ? limits.mostArguments : manyArguments;
+    const char* const expected = isLimited ? "KORVEX:maxrhs" : limits.afterTheCounts;
+    EXPECT_EQ(errorOf(limits.mostOutputs, most + 1), expected);
+    EXPECT_EQ(errorOf(0, most + 1), expected);
 }
 
 TEST_P(ArgumentCountsTest, TooFewArgumentsAreReported) {
     const Limits& limits = GetParam();
-    if (limits.fewestArguments > 0) {
-        EXPECT_EQ(errorOf(limits.mostOutputs, limits.fewestArguments - 1), "KORVEX:minrhs");
-        EXPECT_EQ(errorOf(0, 0), "KORVEX:minrhs");
-    } else {
-        EXPECT_NE(errorOf(limits.mostOutputs, 0), "KORVEX:minrhs");
+    const char* const expected = limits.fewestArguments > 0 ? "KORVEX:minrhs" : limits.afterTheCounts;
+    EXPECT_EQ(errorOf(limits.mostOutputs, 0), expected);
+    EXPECT_EQ(errorOf(0, 0), expected);
+}
+
+TEST_P(ArgumentCountsTest, CountsAtTheLimitsReachTheCommand) {
+    const Limits& limits = GetParam();
+    const int most = limits.mostArguments == unlimited ? manyArguments : limits.mostArguments;
+    for (const int nlhs : {0, limits.mostOutputs}) {
+        EXPECT_EQ(errorOf(nlhs, limits.fewestArguments), limits.afterTheCounts);
+        EXPECT_EQ(errorOf(nlhs, most), limits.afterTheCounts);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Entries, ArgumentCountsTest,
-                         testing::Values(Limits{"copyFile", copyFile, 3, 1, 5},
-                                         Limits{"moveFile", moveFile, 3, 1, 5},
-                                         Limits{"makeDir", makeDir, 3, 1, 2},
-                                         Limits{"removeDir", removeDir, 3, 1, 4},
-                                         Limits{"fileAttrib", fileAttrib, 3, 0, 4},
-                                         Limits{"bnFullDeleteFcn", bnFullDeleteFcn, 0, 1, unlimited},
-                                         Limits{"bnFullRecycleFcn", bnFullRecycleFcn, 1, 0, 1},
-                                         Limits{"bnFullDirFcn", bnFullDirFcn, 1, 0, 1},
-                                         Limits{"bnFullWhatFcn", bnFullWhatFcn, 1, 0, unlimited},
-                                         Limits{"bnIsFileFcn", bnIsFileFcn, 1, 1, 1},
-                                         Limits{"bnIsFolderFcn", bnIsFolderFcn, 1, 1, 1}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Entries, ArgumentCountsTest,
+    testing::Values(
+        Limits{"copyFile", copyFile, 3, 1, 5, "The command copyfile is not available in this version."},
+        Limits{"moveFile", moveFile, 3, 1, 5, "The command movefile is not available in this version."},
+        Limits{"makeDir", makeDir, 3, 1, 2, "The command mkdir is not available in this version."},
+        Limits{"removeDir", removeDir, 3, 1, 4, "The command rmdir is not available in this version."},
+        Limits{"fileAttrib", fileAttrib, 3, 0, 4, "The command fileattrib is not available in this version."},
+        Limits{"bnFullDeleteFcn", bnFullDeleteFcn, 0, 1, unlimited,
+               "The command delete is not available in this version."},
+        Limits{"bnFullRecycleFcn", bnFullRecycleFcn, 1, 0, 1,
+               "The command recycle is not available in this version."},
+        Limits{"bnFullDirFcn", bnFullDirFcn, 1, 0, 1, "The command dir is not available in this version."},
+        Limits{"bnFullWhatFcn", bnFullWhatFcn, 1, 0, unlimited,
+               "The command what is not available in this version."},
+        Limits{"bnIsFileFcn", bnIsFileFcn, 1, 1, 1, notTexts},
+        Limits{"bnIsFolderFcn", bnIsFolderFcn, 1, 1, 1, notTexts}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ArgumentCountsExampleTest, DeleteWithOneOutputReportsOutputsWhateverItsArguments) {
     EXPECT_EQ(call(bnFullDeleteFcn, 1, {}).errorIdentifier, "KORVEX:maxlhs");

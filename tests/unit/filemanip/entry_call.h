@@ -3,7 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -58,9 +63,22 @@ inline Array strings(std::vector<std::size_t> dimensions,
 
 /// What a call left behind.
 struct Outcome {
+    /// Takes in what an error tells.
+    void fail(const foundation::core::except::IMsgIDException& error) {
+        errorIdentifier = error.get_error_id();
+        errorText = error.what();
+        catalogEntry = error.message().identifier();
+        for (const resource_core::MessageArgument& argument : error.message().args) {
+            errorArguments.push_back(argument.wideText() != nullptr ? *argument.wideText() : u"");
+        }
+    }
+
     std::vector<Array> outputs;
     std::string errorIdentifier;
     std::string errorText;
+    /// The identifier of the entry that the text is from; not always that of the error.
+    std::string catalogEntry;
+    std::vector<std::u16string> errorArguments;
 };
 
 /// Calls an entry with borrowed arguments; an error of the user's kind ends up in the outcome.
@@ -72,8 +90,7 @@ inline Outcome call(Entry entry, int nlhs, const std::vector<const kxArray*>& ar
     try {
         entry(nlhs, plhs.data(), static_cast<int>(arguments.size()), prhs.data());
     } catch (const foundation::core::except::IMsgIDException& error) {
-        outcome.errorIdentifier = error.get_error_id();
-        outcome.errorText = error.what();
+        outcome.fail(error);
     }
     for (kxArray* output : plhs) {
         outcome.outputs.emplace_back(output);

@@ -1,15 +1,22 @@
 // `isfile` and `isfolder`: shapes, kinds of arguments, kinds of texts, and what storage is asked.
+#include <algorithm>
+#include <cstring>
+#include <exception>
 #include <filesystem>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <utility>
 
-#include "io/filesystem/filemanip/existence_queries.h"
-#include "platform/foundation_filesystem.h"
-#include "platform/path_management.h"
+#include "platform/message_catalog.h"
+#include "platform/message_identifiers.h"
 #include "runtime/dispatcher/current_folder.h"
-#include "runtime/storage/provider_registry.h"
 #include "runtime/storage/providers/local/local_provider.h"
+#include "runtime/storage/providers/memory/memory_provider.h"
 #include "runtime/storage/storage_system.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/filemanip/entry_call.h"
+#include "tests/unit/filemanip/observed_provider.h"
 
 namespace korvex::filemanip::tests {
 namespace {
@@ -18,41 +25,35 @@ namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
 namespace storage = korvex::runtime::storage;
 using Shape = std::vector<std::size_t>;
+using Questions = std::vector<std::u16string>;
 
 constexpr const char* notTexts = "KORVEX:string:MustBeCharCellArrayOrString";
 
-/// The local provider, with a log of what it was asked, and failures where a test wants them.
-class ObservedProvider : public storage::LocalProvider {
-public:
-    provider::ExistenceType existence(const vfs::AbsoluteIRI& location) override {
-        asked.push_back(location.toString());
-        if (location.getName() == failingName) throw vfs::Exception(failure, location);
-        return LocalProvider::existence(location);
-    }
-
-    std::vector<std::u16string> asked;
-    std::u16string failingName;
-    vfs::ErrorCode failure = vfs::ioError;
-};
-
-/// A scratch folder with `file` and `folder` in it, as the current folder, over an observed storage.
+/// A scratch folder with `file` and `folder` in it, as the current folder, over a storage that is observed at
+/// every scheme. The web knows `http://host/` alone.
 class ExistenceQueriesTest : public testing::Test {
 protected:
     ExistenceQueriesTest() {
         scratch_.writeFile("file");
         scratch_.makeFolder("folder");
+        web_->entries[u"http://host/"] = provider::AsFile;
         korvex::runtime::dispatcher::setCurrentFolderPath(scratch_.text());
         here_ = korvex::runtime::dispatcher::currentFolderPath();
-        observed_->asked.clear();
+        hereLocation_ = vfs::AbsoluteIRI(u"file://" + here_).toString();
+        asked_.clear();
     }
     ~ExistenceQueriesTest() override {
-        observed_->failingName.clear();
+        local_->failure = nullptr;
         korvex::runtime::dispatcher::setCurrentFolderPath(u"/");
     }
 
-    static std::shared_ptr<const vfs::StorageSystem> systemWith(std::shared_ptr<ObservedProvider> local) {
-        auto system = storage::makeStorageSystem();
-        system->add(u"file", std::move(local));
+    std::shared_ptr<const vfs::StorageSystem> observedSystem() {
+        auto system = std::make_shared<vfs::StorageSystem>();
+        system->add(u"file", local_);
+        system->add(u"memory",
+                    std::make_shared<ObservedProvider>(asked_, std::make_shared<storage::MemoryProvider>()));
+        system->add(u"http", std::make_shared<ObservedProvider>(asked_, web_));
+        system->add(u"https", std::make_shared<ObservedProvider>(asked_, web_));
         return system;
     }
 
@@ -69,14 +70,23 @@ protected:
     /// How often the storage was asked about a location with this name.
     std::size_t timesAsked(const std::u16string& name) const {
         return static_cast<std::size_t>(
-            std::count_if(observed_->asked.begin(), observed_->asked.end(),
+            std::count_if(asked_.begin(), asked_.end(),
                           [&](const std::u16string& location) { return location.ends_with(u"/" + name); }));
     }
 
+    /// What the storage was asked during the calls since the last look, in order.
+    Questions takeQuestions() { return std::exchange(asked_, {}); }
+    /// The one question of a call that looks no text up: whether the current folder is still there.
+    Questions currentFolderOnly() const { return {hereLocation_}; }
+
     korvex::tests::ScratchFolder scratch_;
-    std::shared_ptr<ObservedProvider> observed_ = std::make_shared<ObservedProvider>();
-    storage::ScopedStorageSystem system_{systemWith(observed_)};
+    Questions asked_;
+    std::shared_ptr<ObservedProvider> local_ =
+        std::make_shared<ObservedProvider>(asked_, std::make_shared<storage::LocalProvider>());
+    std::shared_ptr<ListedLocations> web_ = std::make_shared<ListedLocations>();
+    storage::ScopedStorageSystem system_{observedSystem()};
     std::u16string here_;
+    std::u16string hereLocation_;
 };
 
 TEST_F(ExistenceQueriesTest, FileIsNoFolderAndFolderIsNoFile) {
@@ -94,17 +104,30 @@ TEST_F(ExistenceQueriesTest, AnswerIsDeliveredAlsoWhenNoOutputIsAskedFor) {
 }
 
 TEST_F(ExistenceQueriesTest, AnswerIsOneByteAnElement) {
-    const Outcome outcome = call(bnIsFileFcn, 1, {text(u"file").get()});
-    EXPECT_EQ(kxGetClassID(outcome.outputs[0].get()), kxLOGICAL_CLASS);
+    const Array names = cell({1, 3}, text(u"file"), text(u"nothing"), text(u"file"));
+    const Outcome outcome = call(bnIsFileFcn, 1, {names.get()});
+    kxArray* const answers = outcome.outputs[0].get();
+    ASSERT_EQ(kxGetClassID(answers), kxLOGICAL_CLASS);
+    EXPECT_EQ(kxGetLogicals(answers).size_bytes(), 3U);
+    EXPECT_EQ(std::memcmp(kxGetData(answers), "\1\0\1", 3), 0);
 }
 
 TEST_F(ExistenceQueriesTest, EmptyTextsAreNotThereAndNeverReachTheStorage) {
-    for (const Array& empty : {text(u""), characters({1, 0}), string(u"")}) {
-        const Outcome outcome = call(bnIsFolderFcn, 1, {empty.get()});
-        EXPECT_EQ(dimensions(outcome.outputs[0]), (Shape{1, 1}));
-        EXPECT_EQ(logicals(outcome.outputs[0]), std::vector<bool>{false});
+    for (const Entry entry : {bnIsFileFcn, bnIsFolderFcn}) {
+        for (const Array& empty : {text(u""), characters({1, 0}), string(u"")}) {
+            const Outcome outcome = call(entry, 1, {empty.get()});
+            EXPECT_EQ(dimensions(outcome.outputs[0]), (Shape{1, 1}));
+            EXPECT_EQ(logicals(outcome.outputs[0]), std::vector<bool>{false});
+            EXPECT_EQ(takeQuestions(), currentFolderOnly());
+        }
     }
-    EXPECT_EQ(timesAsked(u""), 0U);
+}
+
+TEST_F(ExistenceQueriesTest, EmptyAndMissingElementsNeverReachTheStorage) {
+    call(bnIsFolderFcn, 1, {cell({1, 2}, text(u""), characters({1, 0})).get()});
+    EXPECT_EQ(takeQuestions(), currentFolderOnly());
+    call(bnIsFolderFcn, 1, {strings({1, 2}, {u"", std::nullopt}).get()});
+    EXPECT_EQ(takeQuestions(), currentFolderOnly());
 }
 
 TEST_F(ExistenceQueriesTest, StringArrayIsAnsweredInItsShapeAndMissingIsFalse) {
@@ -149,16 +172,34 @@ TEST_F(ExistenceQueriesTest, BadCellElementStopsAtOnceAfterTheOnesBeforeIt) {
     EXPECT_EQ(timesAsked(u"folder"), 0U);
 }
 
-TEST_F(ExistenceQueriesTest, CellElementsMustBeCharacterVectors) {
-    EXPECT_EQ(call(bnIsFileFcn, 1, {cell({1, 1}, string(u"file")).get()}).errorIdentifier, notTexts);
-    EXPECT_EQ(call(bnIsFileFcn, 1, {cell({1, 1}, characters({2, 3})).get()}).errorIdentifier, notTexts);
-    EXPECT_EQ(call(bnIsFileFcn, 1, {cell({1, 1}, characters({0, 3})).get()}).errorIdentifier, notTexts);
-    EXPECT_EQ(call(bnIsFileFcn, 1, {cell({1, 1}).get()}).errorIdentifier, notTexts);
-    EXPECT_EQ(call(bnIsFileFcn, 1, {cell({1, 1}, cell({1, 1}, text(u"file"))).get()}).errorIdentifier,
-              notTexts);
+TEST_F(ExistenceQueriesTest, RefusalBeginsWithTheLabelOfAPathArgument) {
+    const std::u16string label =
+        fl::i18n::MessageCatalog::get_message(KORVEX::FileUtils::inputPath(), fl::i18n::KwLocale::global());
+    for (const Entry entry : {bnIsFileFcn, bnIsFolderFcn}) {
+        for (const Array& refused : {number(1), cell({1, 1}, number(1))}) {
+            const Outcome outcome = call(entry, 1, {refused.get()});
+            EXPECT_EQ(outcome.catalogEntry, notTexts);
+            EXPECT_EQ(outcome.errorArguments, std::vector<std::u16string>{label});
+        }
+    }
 }
 
-TEST_F(ExistenceQueriesTest, OtherArgumentsAreRefused) {
+TEST_F(ExistenceQueriesTest, CellElementsMustBeCharacterVectors) {
+    std::vector<Array> refused;
+    refused.push_back(cell({1, 1}, string(u"file")));
+    refused.push_back(cell({1, 1}, characters({2, 3})));
+    refused.push_back(cell({1, 1}, characters({0, 3})));
+    refused.push_back(cell({1, 1}));
+    refused.push_back(cell({1, 1}, cell({1, 1}, text(u"file"))));
+    for (const Array& argument : refused) {
+        for (const Entry entry : {bnIsFileFcn, bnIsFolderFcn}) {
+            EXPECT_EQ(call(entry, 1, {argument.get()}).errorIdentifier, notTexts);
+            EXPECT_EQ(takeQuestions(), currentFolderOnly());
+        }
+    }
+}
+
+TEST_F(ExistenceQueriesTest, OtherArgumentsAreRefusedWithoutAQuestion) {
     std::vector<Array> refused;
     refused.push_back(number(1));
     refused.push_back(Array(kxCreateLogicalScalar(true)));
@@ -169,10 +210,12 @@ TEST_F(ExistenceQueriesTest, OtherArgumentsAreRefused) {
     refused.push_back(characters({1, 2, 2}));
     for (const Array& argument : refused) {
         for (const Entry entry : {bnIsFileFcn, bnIsFolderFcn}) {
-            EXPECT_EQ(call(entry, 1, {argument.get()}).errorIdentifier, notTexts);
+            const Outcome outcome = call(entry, 1, {argument.get()});
+            EXPECT_EQ(outcome.errorIdentifier, notTexts);
+            EXPECT_EQ(outcome.outputs[0], nullptr);
         }
     }
-    EXPECT_EQ(timesAsked(u"file"), 0U);
+    EXPECT_EQ(takeQuestions(), Questions());
 }
 
 TEST_F(ExistenceQueriesTest, RelativePathsAreTakenAgainstTheEnvironmentsCurrentFolder) {
@@ -210,9 +253,19 @@ TEST_F(ExistenceQueriesTest, LocationWithWrongSlashesIsFalseWithoutAQuestion) {
          {u"file:" + here_ + u"/file", u"file:///" + here_ + u"/file", std::u16string(u"memory:/box/"),
           std::u16string(u"memory:///box/"), std::u16string(u"http:///host/")}) {
         EXPECT_FALSE(isFile(name));
+        EXPECT_EQ(takeQuestions(), currentFolderOnly());
         EXPECT_FALSE(isFolder(name));
+        EXPECT_EQ(takeQuestions(), currentFolderOnly());
     }
-    EXPECT_EQ(timesAsked(u"file"), 0U);
+}
+
+TEST_F(ExistenceQueriesTest, WebLocationWithoutAPathGetsTheSlashThatMakesItParse) {
+    EXPECT_TRUE(isFile(u"http://host"));
+    EXPECT_EQ(takeQuestions(), (Questions{hereLocation_, u"http://host/"}));
+    EXPECT_FALSE(isFolder(u"HTTPS://host"));
+    EXPECT_EQ(takeQuestions(), (Questions{hereLocation_, u"https://host/"}));
+    EXPECT_FALSE(isFile(u"http://host/a"));
+    EXPECT_EQ(takeQuestions(), (Questions{hereLocation_, u"http://host/a"}));
 }
 
 TEST_F(ExistenceQueriesTest, SchemeThatNobodyServesIsFalse) {
@@ -229,16 +282,31 @@ TEST_F(ExistenceQueriesTest, LocationThatDoesNotParseIsAnError) {
 }
 
 TEST_F(ExistenceQueriesTest, FailingStorageIsFalseForThatElementOnly) {
-    observed_->failingName = u"bad";
+    local_->failingName = u"bad";
     const Array names = cell({1, 3}, text(u"file"), text(u"bad"), text(u"file"));
     for (const vfs::ErrorCode code :
          {vfs::folderNotEmpty, vfs::invalidLocation, vfs::permissionDenied, vfs::resourceAlreadyExists,
           vfs::resourceNotFound, vfs::readOnlyProvider, vfs::fileTooLarge, vfs::resourceInUse,
           vfs::noSpaceLeft, vfs::ioError, vfs::internalError, vfs::unsupportedOperation, vfs::unknownError}) {
-        observed_->failure = code;
+        local_->failure = std::make_exception_ptr(vfs::Exception(code, vfs::AbsoluteIRI(u"file:///bad")));
         const Outcome outcome = call(bnIsFileFcn, 1, {names.get()});
         EXPECT_EQ(outcome.errorIdentifier, "");
         EXPECT_EQ(logicals(outcome.outputs[0]), (std::vector<bool>{true, false, true}));
+    }
+}
+
+TEST_F(ExistenceQueriesTest, WhatIsNoFailureOfTheStorageIsLetThrough) {
+    local_->failingName = u"bad";
+    const Array name = text(u"bad");
+    for (const Entry entry : {bnIsFileFcn, bnIsFolderFcn}) {
+        local_->failure = std::make_exception_ptr(std::runtime_error("damaged"));
+        EXPECT_THROW(call(entry, 1, {name.get()}), std::runtime_error);
+        local_->failure = std::make_exception_ptr(std::bad_alloc());
+        EXPECT_THROW(call(entry, 1, {name.get()}), std::bad_alloc);
+        local_->failure = std::make_exception_ptr(vfs::InvalidIRIException(u"bad"));
+        EXPECT_THROW(call(entry, 1, {name.get()}), vfs::InvalidIRIException);
+        local_->failure = std::make_exception_ptr(vfs::UnsupportedIRISchemeException(u"bad"));
+        EXPECT_THROW(call(entry, 1, {name.get()}), vfs::UnsupportedIRISchemeException);
     }
 }
 
@@ -246,22 +314,20 @@ TEST_F(ExistenceQueriesTest, GoneCurrentFolderIsAnErrorBeforeAnyTextIsLookedAt) 
     scratch_.makeFolder("gone");
     korvex::runtime::dispatcher::setCurrentFolderPath(u"gone");
     std::filesystem::remove(scratch_.path() / "gone");
-    observed_->asked.clear();
+    takeQuestions();
 
     const Outcome outcome = call(bnIsFileFcn, 1, {cell({1, 2}, text(here_ + u"/file"), number(1)).get()});
     EXPECT_EQ(outcome.errorIdentifier, "KORVEX:services:cwdIsInvalid");
-    EXPECT_EQ(timesAsked(u"file"), 0U);
+    EXPECT_EQ(takeQuestions(), Questions{hereLocation_ + u"/gone"});
 }
 
 TEST_F(ExistenceQueriesTest, CurrentFolderIsAskedOnceForACallAndNotForBadArguments) {
     const Array names = cell({1, 3}, text(u"/1"), text(u"/2"), text(u"/3"));
     call(bnIsFileFcn, 1, {names.get()});
-    const std::u16string hereLocation = vfs::AbsoluteIRI(u"file://" + here_).toString();
-    EXPECT_EQ(std::count(observed_->asked.begin(), observed_->asked.end(), hereLocation), 1);
+    EXPECT_EQ(takeQuestions(), (Questions{hereLocation_, u"file:///1", u"file:///2", u"file:///3"}));
 
-    observed_->asked.clear();
     call(bnIsFileFcn, 1, {number(1).get()});
-    EXPECT_TRUE(observed_->asked.empty());
+    EXPECT_EQ(takeQuestions(), Questions());
 }
 
 TEST_F(ExistenceQueriesTest, OddNamesAreAnsweredRight) {
@@ -301,15 +367,6 @@ TEST_F(ExistenceQueriesTest, LinksAnswerForWhatTheyLeadTo) {
     EXPECT_TRUE(isFolder(u"toFolder"));
     EXPECT_FALSE(isFile(u"broken"));
     EXPECT_FALSE(isFolder(u"broken"));
-}
-
-TEST_F(ExistenceQueriesTest, PathThatStaysRelativeIsLookedUpBelowTheGivenFolder) {
-    const vfs::StorageSystemReference reference = Velquist::KorvexStorageSystem::GetStorageSystemReference();
-    const vfs::Folder elsewhere(Velquist::PathManagement::GetIRIFromString(u"folder"), reference);
-    scratch_.writeFile("folder/inner");
-    EXPECT_TRUE(vfs::exists(vfs::File(elsewhere, u"inner")));
-    EXPECT_FALSE(vfs::exists(vfs::Folder(elsewhere, u"inner")));
-    EXPECT_TRUE(locationExists<vfs::File>(u"folder/inner", reference, elsewhere));
 }
 
 }  // namespace

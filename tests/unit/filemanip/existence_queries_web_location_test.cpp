@@ -38,6 +38,8 @@ TEST(WebLocationTest, SlashIsAddedWhenThatMakesItParse) {
 TEST(WebLocationTest, TextThatNeverParsesRaises) {
     EXPECT_THROW(normalizeHttpLocation(u"http://ho st/a"), InvalidIRIException);
     EXPECT_THROW(normalizeHttpLocation(u"http://ho st"), InvalidIRIException);
+    EXPECT_THROW(normalizeHttpLocation(u"http://host?q=x"), InvalidIRIException);
+    EXPECT_THROW(normalizeHttpLocation(u"http://host#part"), InvalidIRIException);
 }
 
 TEST(WebLocationTest, SlashOrStarAtTheEndIsNotTriedAgain) {

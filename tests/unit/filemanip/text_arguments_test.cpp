@@ -1,5 +1,7 @@
 // The reading and judging of text arguments that the commands share.
 #include "io/filesystem/filemanip/command_frame.h"
+#include "platform/message_catalog.h"
+#include "platform/message_identifiers.h"
 #include "tests/unit/filemanip/entry_call.h"
 
 namespace korvex::filemanip {
@@ -55,23 +57,19 @@ TEST(TextOfArgumentTest, MissingStringHasAnErrorOfItsOwn) {
 }
 
 /// Runs `validateNameArgument` like an entry would.
-struct Judgement {
-    explicit Judgement(const Array& argument, int nlhs = 0) {
+struct Judgement : Outcome {
+    explicit Judgement(const Array& argument, int nlhs = 0, std::string_view prefix = "COPYFILE") {
         std::vector<kxArray*> plhs(3, nullptr);
         try {
-            mayGoOn = validateNameArgument(nlhs, plhs.data(), argument.get(), "COPYFILE");
+            mayGoOn = validateNameArgument(nlhs, plhs.data(), argument.get(), prefix);
         } catch (const foundation::core::except::IMsgIDException& error) {
-            errorIdentifier = error.get_error_id();
-            catalogEntry = error.message().identifier();
+            fail(error);
         }
         for (kxArray* output : plhs)
             outputs.emplace_back(output);
     }
 
     bool mayGoOn = false;
-    std::string errorIdentifier;
-    std::string catalogEntry;
-    std::vector<Array> outputs;
 };
 
 TEST(ValidateNameArgumentTest, TextWithAUnitPasses) {
@@ -92,6 +90,15 @@ TEST(ValidateNameArgumentTest, WhatIsNotOneTextIsRaisedUnderTheBareComponent) {
     }
 }
 
+TEST(ValidateNameArgumentTest, WhatIsNotOneTextIsCalledAnArgumentAndNotAName) {
+    const auto textOf = [](const resource_core::BaseMsgID& label) {
+        return fl::i18n::MessageCatalog::get_message(label, fl::i18n::KwLocale::global());
+    };
+    ASSERT_NE(textOf(KORVEX::string::Argument()), textOf(KORVEX::string::Name()));
+    EXPECT_EQ(Judgement(number(1)).errorArguments,
+              std::vector<std::u16string>{textOf(KORVEX::string::Argument())});
+}
+
 TEST(ValidateNameArgumentTest, EmptyTextIsRaisedWithoutOutputs) {
     for (const Array& argument : {text(u""), characters({1, 0}), string(u"")}) {
         const Judgement judgement(argument, 0);
@@ -109,6 +116,16 @@ TEST(ValidateNameArgumentTest, EmptyTextGoesToTheOutputsThatAreAskedFor) {
     EXPECT_NE(textOfArgument(judgement.outputs[1].get(), true), u"");
     EXPECT_EQ(textOfArgument(judgement.outputs[2].get(), true), u"KORVEX:COPYFILE:IllegalName");
     EXPECT_EQ(Judgement(text(u""), 1).outputs[1], nullptr);
+}
+
+TEST(ValidateNameArgumentTest, EmptyTextFailsUnderTheWordOfTheCommand) {
+    for (const std::string prefix : {"COPYFILE", "MOVEFILE", "MKDIR", "RMDIR", "FILEATTRIB"}) {
+        const std::string identifier = "KORVEX:" + prefix + ":IllegalName";
+        EXPECT_EQ(Judgement(text(u""), 0, prefix).errorIdentifier, identifier);
+        const Judgement judgement(text(u""), 3, prefix);
+        EXPECT_EQ(textOfArgument(judgement.outputs[2].get(), true),
+                  std::u16string(identifier.begin(), identifier.end()));
+    }
 }
 
 }  // namespace

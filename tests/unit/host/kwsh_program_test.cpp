@@ -142,6 +142,24 @@ TEST_F(KwshProgram, WrongOptionsAreStatusTwo) {
     }
 }
 
+TEST_F(KwshProgram, AWrongTraceIsStatusTwo) {
+    for (const char* arguments : {"--trace=all -e x=1", "--trace-file no/such/folder -e x=1"}) {
+        const ProgramRun result = run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.errors, HasSubstr("trace"));
+    }
+}
+
+TEST_F(KwshProgram, ATraceFileIsEmptiedWhereKwshWasStarted) {
+    scratch.writeFile("trace.log", "of an earlier run");
+    scratch.makeFolder("elsewhere");
+    const ProgramRun result = run("--trace-file trace.log --cd elsewhere -e 'x = 1;'");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output + result.errors, "");
+    EXPECT_EQ(process::readFile(scratch.text() + u"/trace.log"), "");
+}
+
 TEST_F(KwshProgram, HelpAndVersionSucceed) {
     EXPECT_THAT(run("--help").output, HasSubstr("--transcript"));
     EXPECT_THAT(run("--version").output, StartsWith("kwsh "));

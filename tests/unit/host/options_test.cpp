@@ -35,21 +35,43 @@ TEST(Options, FoldersAndColumnsTakeAValue) {
     EXPECT_TRUE(options.stopsAtFailure);
 }
 
+TEST(Options, TraceTakesAMaskBehindAnEqualsSignOnly) {
+    EXPECT_FALSE(parseOptions({}).traceMask);
+    EXPECT_EQ(parseOptions({"--trace"}).traceMask, 0xFFFFFFFFU);
+    EXPECT_EQ(parseOptions({"--trace=96"}).traceMask, 96U);
+    EXPECT_EQ(parseOptions({"--trace=0x60"}).traceMask, 96U);
+    EXPECT_EQ(parseOptions({"--trace=0XfFffFFFF"}).traceMask, 0xFFFFFFFFU);
+    EXPECT_EQ(parseOptions({"--trace=0"}).traceMask, 0U);
+    const Options options = parseOptions({"--trace", "96"});
+    EXPECT_EQ(options.traceMask, 0xFFFFFFFFU);
+    EXPECT_EQ(options.script, "96");
+}
+
+TEST(Options, ATraceFileAloneSwitchesTheTraceOn) {
+    const Options alone = parseOptions({"--trace-file", "t.log"});
+    EXPECT_EQ(alone.traceFile, "t.log");
+    EXPECT_EQ(alone.traceMask, 0xFFFFFFFFU);
+    EXPECT_EQ(parseOptions({"--trace-file=t.log", "--trace=8"}).traceMask, 8U);
+}
+
 TEST(Options, WrongOnesAreRefused) {
     using Arguments = std::vector<std::string>;
     for (const Arguments& arguments :
          {Arguments{"--nothing"}, Arguments{"-x"}, Arguments{"a.k", "b.k"}, Arguments{"-e"},
           Arguments{"--cd"}, Arguments{"--columns", "0"}, Arguments{"--columns", "-3"},
           Arguments{"--columns", "wide"}, Arguments{"--json", "--transcript"}, Arguments{"-e", "x", "a.k"},
-          Arguments{"--json=yes"}}) {
+          Arguments{"--json=yes"}, Arguments{"--trace=all"}, Arguments{"--trace=0x"}, Arguments{"--trace=-1"},
+          Arguments{"--trace=4294967296"}, Arguments{"--trace=1 2"}, Arguments{"--trace=true"},
+          Arguments{"--trace-file"}}) {
         EXPECT_THROW(parseOptions(arguments), OptionError) << testing::PrintToString(arguments);
     }
 }
 
 TEST(Options, HelpShowsEveryOptionWithAnExample) {
     const std::string usage = usageText();
-    for (const char* option : {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd",
-                               "--config", "--columns", "--version", "--help"}) {
+    for (const char* option :
+         {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd", "--config", "--columns",
+          "--trace[=MASK]", "--trace-file", "--version", "--help"}) {
         EXPECT_THAT(usage,
                     HasSubstr("  " + std::string(option == std::string("--help") ? "-h,--help" : option)));
     }
@@ -58,7 +80,7 @@ TEST(Options, HelpShowsEveryOptionWithAnExample) {
          at = usage.find("example: ", at + 1)) {
         ++examples;
     }
-    EXPECT_EQ(examples, 10U);
+    EXPECT_EQ(examples, 12U);
 }
 
 }  // namespace

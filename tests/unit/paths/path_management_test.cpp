@@ -5,7 +5,6 @@
 
 #include <filesystem>
 
-#include "platform/dispatcher.h"
 #include "platform/foundation_filesystem.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "tests/support/scratch_folder.h"
@@ -69,35 +68,6 @@ TEST_F(PathManagementTest, GoneCurrentFolderMattersToRelativePathsOnly) {
     EXPECT_EQ(fl::filesystem::absolute(u"x", u"/b"), u"/b/x");
     EXPECT_THROW(fl::filesystem::absolute(u"x", u""), fl::filesystem::PathNotFound);
     EXPECT_THROW(GetIRIFromString(u"x"), fl::filesystem::PathNotFound);
-    try {
-        Kdispatcher::getDispatcher().GetCurrentWorkingFolder().get();
-        FAIL() << "a folder that is gone was handed out";
-    } catch (const foundation::core::except::Exception<KORVEX::services::cwdIsInvalid>& error) {
-        EXPECT_EQ(error.get_error_id(), "KORVEX:services:cwdIsInvalid");
-    }
-}
-
-TEST_F(PathManagementTest, CurrentFolderIsKeptWithItsLinksResolved) {
-    std::filesystem::create_directory(scratch_.path() / "real");
-    std::filesystem::create_directory_symlink("real", scratch_.path() / "link");
-    setCurrentFolderPath(u"link");
-    EXPECT_EQ(currentFolderPath(), here_ + u"/real");
-    EXPECT_EQ(Kdispatcher::getDispatcher().GetCurrentWorkingFolder().get().getName(), u"real");
-}
-
-TEST_F(PathManagementTest, WhatIsNoFolderCannotBecomeTheCurrentOne) {
-    scratch_.writeFile("file", "x");
-    const auto codeOf = [](const std::u16string& path) {
-        try {
-            setCurrentFolderPath(path);
-        } catch (const vfs::Exception& error) {
-            return error.getErrorCode();
-        }
-        return vfs::unknownError;
-    };
-    EXPECT_EQ(codeOf(u"nothing"), vfs::resourceNotFound);
-    EXPECT_EQ(codeOf(u"file"), vfs::invalidLocation);
-    EXPECT_EQ(currentFolderPath(), here_);
 }
 
 }  // namespace

@@ -77,6 +77,17 @@ TEST(PathStyleTest, JoiningOnWindowsKnowsDriveRelativeAndRootedPaths) {
     EXPECT_EQ(joined(u"C:\\a", u"D:\\b", windows), u"D:\\b");
 }
 
+TEST(PathStyleTest, JoiningOnWindowsKeepsTheVolumeOfNetworkAndLongPaths) {
+    EXPECT_EQ(joined(u"\\\\host\\share\\a", u"\\b", windows), u"\\\\host\\share\\b");
+    EXPECT_EQ(joined(u"//host/share/a", u"/b", windows), u"//host/share/b");
+    EXPECT_EQ(joined(u"\\\\host\\share", u"\\b", windows), u"\\\\host\\share\\b");
+    EXPECT_EQ(joined(u"\\\\?\\C:\\a", u"\\b", windows), u"\\\\?\\C:\\b");
+    EXPECT_EQ(joined(u"\\\\?\\UNC\\host\\share\\a", u"\\b", windows), u"\\\\?\\UNC\\host\\share\\b");
+    EXPECT_EQ(joined(u"\\\\host\\share\\a", u"b", windows), u"\\\\host\\share\\a\\b");
+    EXPECT_EQ(joined(u"\\\\host\\share\\a", u"C:b", windows), u"C:\\b");
+    EXPECT_EQ(joined(u"\\\\?\\C:\\a", u"c:b", windows), u"\\\\?\\C:\\a\\b");
+}
+
 TEST(PathStyleTest, FoldingDropsDoubledAndTrailingSeparators) {
     EXPECT_EQ(foldSeparators(u"/a//b///c/"), u"/a/b/c");
     EXPECT_EQ(foldSeparators(u"//"), u"/");

@@ -14,6 +14,7 @@
 #include "runtime/storage/location.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/text/encoding.h"
+#include "tests/support/posix/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 
 namespace korvex::runtime::storage {
@@ -145,27 +146,11 @@ TEST_F(LocalProviderTest, HostOfAnotherMachineHoldsNothing) {
     EXPECT_EQ(local_.existence(AbsoluteIRI(u"file://localhost/")), provider::AsFolder);
 }
 
-/// A process that is not the superuser, for as long as the object lives: the superuser may look everywhere.
-class OrdinaryUser {
-public:
-    OrdinaryUser() : wasRoot_(::geteuid() == 0) {
-        if (wasRoot_) becomes(65534);
-    }
-    ~OrdinaryUser() {
-        if (wasRoot_) becomes(0);
-    }
-
-private:
-    static void becomes(uid_t user) { EXPECT_EQ(::seteuid(user), 0); }
-
-    bool wasRoot_;
-};
-
 TEST_F(LocalProviderTest, LockedFolderRaisesPermissionDenied) {
     scratch_.writeFile("locked/file");
     std::filesystem::permissions(scratch_.path(), std::filesystem::perms::all);
     std::filesystem::permissions(scratch_.path() / "locked", std::filesystem::perms::none);
-    const OrdinaryUser user;
+    const tests::OrdinaryUser user;
     try {
         local_.existence(at(u"locked/file"));
         FAIL() << "answered";

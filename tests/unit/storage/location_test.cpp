@@ -62,7 +62,8 @@ TEST_P(InvalidLocationTest, DoesNotParse) {
 INSTANTIATE_TEST_SUITE_P(Texts, InvalidLocationTest,
                          testing::Values(u"", u"/a/b", u"a", u"memory://box", u"http://host", u"file://host",
                                          u"file:/a", u"http:///a", u"http://ho st/a", u"http://ho\tst/a",
-                                         u"http://ho\u0001st/", u"http://?x", u"C:/a"));
+                                         u"http://ho\u0001st/", u"http://?x", u"http://h?q=/x",
+                                         u"memory://h?x/y", u"http://h#f/", u"file://h?x/y", u"C:/a"));
 
 TEST(LocationTest, ParsingReadsSchemeInSmallLettersAndDecodesName) {
     const AbsoluteIRI location(u"MEMORY://Box/Folder/a%20b%25.txt");
@@ -112,6 +113,24 @@ TEST(LocationTest, RootsHaveTheNameSlashAndNoParent) {
         EXPECT_FALSE(root.hasParent());
         EXPECT_THROW(root.getParent(), vfs::Exception);
     }
+}
+
+TEST(LocationTest, SlashesAtTheEndOfAWebLocationAreNoPartOfItsName) {
+    const AbsoluteIRI root(u"http://h//");
+    EXPECT_EQ(root.getName(), u"/");
+    EXPECT_FALSE(root.hasParent());
+    const AbsoluteIRI folder(u"http://h/a//");
+    EXPECT_EQ(folder.getName(), u"a");
+    EXPECT_EQ(folder.toString(), u"http://h/a//");
+    EXPECT_EQ(folder.getParent().toString(), u"http://h/");
+}
+
+TEST(LocationTest, DoubledSlashesInsideOfAWebLocationStay) {
+    const AbsoluteIRI folder(u"http://h/a//b");
+    const AbsoluteIRI child(folder, u"c");
+    EXPECT_EQ(child.toString(), u"http://h/a//b/c");
+    EXPECT_EQ(child.getName(), u"c");
+    EXPECT_EQ(child.getParent(), folder);
 }
 
 TEST(LocationTest, ParentsLeadUpToTheRoot) {

@@ -1,14 +1,16 @@
 // The provider of http and https: which requests answer a question, and what their answers mean.
 #include "runtime/storage/providers/http/web_provider.h"
 
-#include <mutex>
-#include <string_view>
+#include <new>
+#include <string>
 #include <utility>
-#include <vector>
 
 #include "runtime/storage/location.h"
+#include "runtime/storage/providers/http/web_download.h"
 #include "runtime/storage/providers/http/web_failures.h"
+#include "runtime/storage/providers/http/web_pool.h"
 #include "runtime/storage/providers/http/web_request.h"
+#include "runtime/storage/transfer_progress.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage {
@@ -16,61 +18,21 @@ namespace korvex::runtime::storage {
 namespace provider = foundation::storage::provider;
 namespace vfs = foundation::storage::vfs;
 
-/// Requests that are not in use, each with its open connections.
-class WebProvider::RequestPool {
-public:
-    explicit RequestPool(WebOptions options) : options_(std::move(options)) { idle_.reserve(maximumIdle); }
-
-    /// A request taken out of the pool for the length of a scope.
-    class Loan {
-    public:
-        explicit Loan(RequestPool& pool) : pool_(pool), request_(pool.take()) {}
-        ~Loan() { pool_.giveBack(std::move(request_)); }
-        Loan(const Loan&) = delete;
-        Loan& operator=(const Loan&) = delete;
-
-        WebRequest* operator->() const noexcept { return request_.get(); }
-
-    private:
-        RequestPool& pool_;
-        std::unique_ptr<WebRequest> request_;
-    };
-
-private:
-    static constexpr std::size_t maximumIdle = 8;
-
-    std::unique_ptr<WebRequest> take() {
-        {
-            const std::lock_guard lock(guard_);
-            if (!idle_.empty()) {
-                auto request = std::move(idle_.back());
-                idle_.pop_back();
-                return request;
-            }
-        }
-        return std::make_unique<WebRequest>(options_);
-    }
-
-    void giveBack(std::unique_ptr<WebRequest> request) noexcept {
-        const std::lock_guard lock(guard_);
-        if (idle_.size() < maximumIdle) idle_.push_back(std::move(request));
-    }
-
-    const WebOptions options_;
-    std::mutex guard_;
-    std::vector<std::unique_ptr<WebRequest>> idle_;
-};
-
 namespace {
 
 constexpr const char16_t* existenceQuery = u"existence query";
 constexpr const char16_t* interruptedQuery = u"existence query, interrupted";
+constexpr const char16_t* readingContent = u"reading the content";
 
 /// Servers that refuse HEAD, or allow an address to be read only, say so with one of these.
 constexpr long statusesWorthASecondLook[] = {400, 403, 405, 501};
 constexpr long notFound = 404;
 constexpr long rangeNotSatisfiable = 416;
 constexpr long gone = 410;
+constexpr long partialContent = 206;
+
+bool isSuccess(long status) noexcept { return status >= 200 && status < 300; }
+bool meansNothingThere(long status) noexcept { return status == notFound || status == gone; }
 
 bool deservesSecondLook(const WebAnswer& answer) noexcept {
     for (const long status : statusesWorthASecondLook) {
@@ -90,20 +52,71 @@ AbsoluteIRI placeOfFailure(const AbsoluteIRI& asked, const WebAnswer& answer) {
     }
 }
 
-[[noreturn]] void raiseFailure(const AbsoluteIRI& asked, const WebAnswer& answer) {
+[[noreturn]] void raiseFailure(const AbsoluteIRI& asked, const WebAnswer& answer, const char16_t* operation) {
     const AbsoluteIRI place = placeOfFailure(asked, answer);
-    if (answer.wasInterrupted)
-        throw vfs::Exception(vfs::ioError, place, interruptedQuery, answer.failureText);
-    if (answer.status != 0) {
-        throw vfs::Exception(errorOfStatus(answer.status), place, existenceQuery,
-                             "HTTP status " + std::to_string(answer.status));
-    }
-    throw vfs::Exception(errorOfTransfer(answer.failure), place, existenceQuery, answer.failureText);
+    if (answer.status == 0)
+        throw vfs::Exception(errorOfTransfer(answer.failure), place, operation, answer.failureText);
+    throw vfs::Exception(errorOfStatus(answer.status), place, operation,
+                         "HTTP status " + std::to_string(answer.status));
 }
+
+WebAnswer setupFailure(const WebSetupError& error) {
+    WebAnswer answer;
+    answer.failure = CURLE_FAILED_INIT;
+    answer.failureText = error.what();
+    return answer;
+}
+
+[[noreturn]] void raiseReadFailure(const AbsoluteIRI& file, const WebAnswer& answer) {
+    if (answer.wasInterrupted) {
+        throw vfs::Exception(vfs::unknownError, placeOfFailure(file, answer),
+                             std::u16string(interruptedContext), answer.failureText);
+    }
+    raiseFailure(file, answer, readingContent);
+}
+
+/// Raises what keeps the content of the answer from being read.
+void requireContent(const AbsoluteIRI& file, const WebAnswer& answer) {
+    const AbsoluteIRI place = placeOfFailure(file, answer);
+    if (meansNothingThere(answer.status)) throw vfs::Exception(vfs::resourceNotFound, place, readingContent);
+    if (answer.status == partialContent)
+        throw vfs::Exception(vfs::ioError, place, readingContent, "HTTP status 206, a part of the content");
+    if (!isSuccess(answer.status)) raiseReadFailure(file, answer);
+}
+
+class WebInput : public InputStream {
+public:
+    WebInput(std::shared_ptr<WebPool<WebDownload>> pool, AbsoluteIRI file)
+        : pool_(std::move(pool)), file_(std::move(file)), download_(pool_->take()) {}
+    ~WebInput() override {
+        download_->end();
+        pool_->giveBack(std::move(download_));
+    }
+    WebInput(const WebInput&) = delete;
+    WebInput& operator=(const WebInput&) = delete;
+
+    void begin(const std::string& address) { requireContent(file_, download_->begin(address)); }
+
+    std::size_t read(std::span<std::byte> buffer) override {
+        stopIfInterrupted(file_);
+        const std::size_t count = download_->read(buffer);
+        if (count > 0 || buffer.empty()) return count;
+        if (const auto failure = download_->failure()) raiseReadFailure(file_, *failure);
+        return 0;
+    }
+    FileAttributes attributes() const override { return download_->attributes(); }
+
+private:
+    const std::shared_ptr<WebPool<WebDownload>> pool_;
+    const AbsoluteIRI file_;
+    std::unique_ptr<WebDownload> download_;
+};
 
 }  // namespace
 
-WebProvider::WebProvider(WebOptions options) : pool_(std::make_unique<RequestPool>(std::move(options))) {}
+WebProvider::WebProvider(WebOptions options)
+    : requests_(std::make_shared<WebPool<WebRequest>>(options)),
+      downloads_(std::make_shared<WebPool<WebDownload>>(options)) {}
 WebProvider::~WebProvider() = default;
 
 ExistenceType WebProvider::existence(const AbsoluteIRI& location) {
@@ -112,9 +125,13 @@ ExistenceType WebProvider::existence(const AbsoluteIRI& location) {
 
     const WebAnswer answer = ask(*address);
     const bool isEmptyFile = answer.method == WebMethod::firstByte && answer.status == rangeNotSatisfiable;
-    if (isEmptyFile || (answer.status >= 200 && answer.status < 300)) return provider::AsFile;
-    if (answer.status == notFound || answer.status == gone) return provider::AsNeither;
-    raiseFailure(location, answer);
+    if (isEmptyFile || isSuccess(answer.status)) return provider::AsFile;
+    if (meansNothingThere(answer.status)) return provider::AsNeither;
+    if (answer.wasInterrupted) {
+        throw vfs::Exception(vfs::ioError, placeOfFailure(location, answer), interruptedQuery,
+                             answer.failureText);
+    }
+    raiseFailure(location, answer, existenceQuery);
 }
 
 ExistenceTypeExtended WebProvider::extendedExistence(const AbsoluteIRI& location) {
@@ -126,15 +143,25 @@ CanonicalAbsoluteIRI WebProvider::canonicalLocation(const AbsoluteIRI& location)
     throw vfs::Exception(vfs::resourceNotFound, location, existenceQuery);
 }
 
+std::unique_ptr<InputStream> WebProvider::read(const AbsoluteIRI& file) {
+    const auto address = text::toBytes(file.toString());
+    if (!address) throw vfs::Exception(vfs::resourceNotFound, file, readingContent);
+    stopIfInterrupted(file);
+    try {
+        auto input = std::make_unique<WebInput>(downloads_, file);
+        input->begin(*address);
+        return input;
+    } catch (const WebSetupError& error) {
+        raiseFailure(file, setupFailure(error), readingContent);
+    }
+}
+
 WebAnswer WebProvider::ask(const std::string& address) try {
-    const RequestPool::Loan request(*pool_);
+    const WebPool<WebRequest>::Loan request(*requests_);
     WebAnswer answer = request->send(address, WebMethod::head);
     return deservesSecondLook(answer) ? request->send(address, WebMethod::firstByte) : answer;
 } catch (const WebSetupError& error) {
-    WebAnswer answer;
-    answer.failure = CURLE_FAILED_INIT;
-    answer.failureText = error.what();
-    return answer;
+    return setupFailure(error);
 }
 
 }  // namespace korvex::runtime::storage

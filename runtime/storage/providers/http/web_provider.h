@@ -17,6 +17,10 @@
 //   unknownError          any other status
 //
 // The exception's location is the one that failed, so the last one of a chain of redirects.
+//
+// Content is read with a GET, as it comes: no more than some hundred thousand bytes of it wait in memory. A
+// connection that breaks before the announced length, or an answer with a part of the content that nobody
+// asked for, is an `ioError`, so that no short file looks like a whole one.
 #pragma once
 
 #include <chrono>
@@ -29,13 +33,18 @@
 namespace korvex::runtime::storage {
 
 struct WebAnswer;
+class WebDownload;
+class WebRequest;
+template <class Connector>
+class WebPool;
 
 struct WebOptions {
     /// For the name look-up, the connection and its TLS handshake, each time there is a new one.
     std::chrono::milliseconds connectTimeout = std::chrono::seconds(10);
     /// How long a server may send nothing at all, before its first byte as well as in between.
     std::chrono::seconds stallTimeout = std::chrono::seconds(30);
-    /// Bound of a whole request with all its redirects.
+    /// Bound of a whole request with all its redirects. Of a request for content: until the content begins;
+    /// it may take as long as something comes.
     std::chrono::milliseconds requestTimeout = std::chrono::seconds(60);
     int maximumRedirects = 10;
     /// Native path of a file with the certificates (PEM) to trust in place of the system's.
@@ -53,12 +62,16 @@ public:
     /// The location itself, since only the server knows which of its addresses mean the same.
     CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) override;
 
-private:
-    class RequestPool;
+    bool onlyReads() const noexcept override { return true; }
+    /// The answer has begun when the stream is handed out. A pending interrupt ends it at any time, as
+    /// `stopIfInterrupted` does.
+    std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override;
 
+private:
     WebAnswer ask(const std::string& address);
 
-    std::unique_ptr<RequestPool> pool_;
+    const std::shared_ptr<WebPool<WebRequest>> requests_;
+    const std::shared_ptr<WebPool<WebDownload>> downloads_;
 };
 
 }  // namespace korvex::runtime::storage

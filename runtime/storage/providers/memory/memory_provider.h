@@ -1,10 +1,14 @@
 // Storage in the process, for tests and scratch work: "memory://box/folder/file".
 //
-// Every host is a tree of its own, whose root is there from the start. Names are any text without "/",
-// compared unit by unit; `.` and `..` in a path mean what they mean on a disk. There are no links.
+// Every host is a tree of its own, whose root is there from the start and stays. Names are any text without
+// "/", compared unit by unit; `.` and `..` in a path mean what they mean on a disk. There are no links.
+//
+// Files and folders have a time of last change and may be write-protected, each for itself. What is in a
+// protected folder may change, but nothing is put in or taken out: that raises `permissionDenied`, at the
+// location of what was to be put in, and at the folder's when something was to be taken out. Copies and moves
+// are one step for every other thread.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <shared_mutex>
@@ -13,22 +17,42 @@
 #include <string_view>
 
 #include "runtime/storage/provider.h"
+#include "runtime/storage/providers/memory/memory_tree.h"
 
 namespace korvex::runtime::storage {
 
 class MemoryProvider : public Provider {
 public:
-    MemoryProvider();
-    ~MemoryProvider() override;
-
     ExistenceType existence(const AbsoluteIRI& location) override;
     ExistenceTypeExtended extendedExistence(const AbsoluteIRI& location) override;
     CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) override;
 
+    bool isWritable(const AbsoluteIRI& location) override;
+    void setWritable(const AbsoluteIRI& location, bool isWritable) override;
+    std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern) override;
+    /// The content as it is at this moment, whatever becomes of the file.
+    std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override;
+    std::unique_ptr<OutputStream> write(const AbsoluteIRI& file, ReplacementPolicy policy) override;
+
+    void copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                  ReplacementPolicy policy) override;
+    void moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                  ReplacementPolicy policy) override;
+    void copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                    ReplacementPolicy policy) override;
+    /// A folder that is merged into its own parent, and holds one of its own name, would have to stay and go:
+    /// that raises `invalidLocation`, and nothing has left the source.
+    void moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                    ReplacementPolicy policy) override;
+    void removeFile(const AbsoluteIRI& file) override;
+    void removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) override;
+    void createFolder(const AbsoluteIRI& folder) override;
+    void createFolderRecursive(const AbsoluteIRI& folder) override;
+
     /// Makes a file, and the folders on the way; a file that stands there gets the new content. Raises
     /// `vfs::Exception`: `resourceAlreadyExists` when a folder stands there, `invalidLocation` when a
-    /// component on the way is a file or the location ends in a dot component. Folders that were made on the
-    /// way stay.
+    /// component on the way is a file, or missing in a protected folder, or the location ends in a dot
+    /// component. Folders that were made on the way stay.
     void putFile(const AbsoluteIRI& location, std::string bytes);
     /// Makes a folder, and those on the way; one that stands there stays as it is. Raises `vfs::Exception`:
     /// `resourceAlreadyExists` when a file stands there, `invalidLocation` when a component on the way is a
@@ -36,19 +60,24 @@ public:
     void putFolder(const AbsoluteIRI& location);
 
 private:
-    struct Node;
-    class Walk;
+    class Output;
 
-    /// The way to a location; nothing where there is none. The caller holds the lock, as for `makeFolders`.
-    std::optional<Walk> find(const AbsoluteIRI& location) const;
+    /// The caller holds the lock, as for all that follow.
+    const MemoryNode& fileAt(const AbsoluteIRI& location) const;
+    const MemoryNode& folderAt(const AbsoluteIRI& location) const;
+    /// What a move or a removal takes away; raises `invalidLocation` for a root and for a dot component.
+    MemoryEntry takenAt(const AbsoluteIRI& location, ExistenceType wanted);
+    /// Where a transferred folder goes; raises `invalidLocation` for the folder itself and
+    /// for a place inside of it.
+    MemoryEntry placeOfFolder(const MemoryNode& source, const AbsoluteIRI& destination,
+                              ReplacementPolicy policy);
+    void replaceFile(const AbsoluteIRI& location, ReplacementPolicy policy, std::unique_ptr<MemoryNode> file);
     /// The folder at the end of the components, made where it is missing.
-    Node& makeFolders(const AbsoluteIRI& location, std::span<const std::u16string_view> components,
-                      const char16_t* operation);
+    MemoryNode& makeFolders(const AbsoluteIRI& location, std::span<const std::u16string_view> components,
+                            const char16_t* operation);
 
     std::shared_mutex guard_;
-    /// What every host looks like into which nothing was put.
-    const std::unique_ptr<Node> emptyRoot_;
-    std::map<std::u16string, std::unique_ptr<Node>> roots_;
+    MemoryHosts hosts_;
 };
 
 }  // namespace korvex::runtime::storage

@@ -1,36 +1,10 @@
-// Owner of an open file or folder.
+// Owner of an open file or folder, as the whole runtime has it.
 #pragma once
 
-#include <unistd.h>
-
-#include <utility>
+#include "runtime/process/posix/file_descriptor.h"
 
 namespace korvex::runtime::storage::posix {
 
-class FileDescriptor {
-public:
-    FileDescriptor() = default;
-    /// Takes over an open descriptor; a negative one stands for none.
-    explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
-    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        if (this != &other) {
-            reset();
-            descriptor_ = std::exchange(other.descriptor_, -1);
-        }
-        return *this;
-    }
-    ~FileDescriptor() { reset(); }
-
-    int get() const noexcept { return descriptor_; }
-    explicit operator bool() const noexcept { return descriptor_ >= 0; }
-
-private:
-    void reset() noexcept {
-        if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
-    }
-
-    int descriptor_ = -1;
-};
+using process::FileDescriptor;
 
 }  // namespace korvex::runtime::storage::posix

@@ -8,6 +8,7 @@
 #include "runtime/storage/location.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage {
@@ -17,12 +18,6 @@ namespace provider = foundation::storage::provider;
 using posix::Links;
 
 namespace {
-
-/// The bytes of the path. False when no name on this disk can read so.
-bool nativeBytes(const AbsoluteIRI& location, std::string& bytes) {
-    const AbsoluteIRI::Parts& parts = location.parts();
-    return parts.host.empty() && text::toBytes(parts.path, bytes) && bytes.find('\0') == std::string::npos;
-}
 
 /// Errors that say: there is nothing of that name, and cannot be.
 bool meansNothingThere(int systemError) noexcept {
@@ -44,7 +39,7 @@ ExistenceType LocalProvider::existence(const AbsoluteIRI& location) {
     // The buffer lives on: this is called in loops over very many locations.
     thread_local std::string path;
     struct ::stat status;
-    if (!nativeBytes(location, path) || !lookUp(location, path, Links::follow, status)) {
+    if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::follow, status)) {
         return provider::AsNeither;
     }
     return S_ISDIR(status.st_mode) ? provider::AsFolder : provider::AsFile;
@@ -53,7 +48,7 @@ ExistenceType LocalProvider::existence(const AbsoluteIRI& location) {
 ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& location) {
     std::string path;
     struct ::stat status;
-    if (!nativeBytes(location, path) || !lookUp(location, path, Links::tellApart, status)) {
+    if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::tellApart, status)) {
         return provider::ExtendedNothing;
     }
     if (S_ISDIR(status.st_mode)) return provider::ExtendedFolder;
@@ -65,7 +60,7 @@ ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& locati
 
 CanonicalAbsoluteIRI LocalProvider::canonicalLocation(const AbsoluteIRI& location) {
     std::string path;
-    if (!nativeBytes(location, path))
+    if (!posix::nativePathOf(location, path))
         throw vfs::Exception(vfs::resourceNotFound, location, u"canonical form");
     int systemError = 0;
     const std::string canonical = posix::canonicalPath(path, systemError);

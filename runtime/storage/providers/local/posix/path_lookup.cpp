@@ -8,9 +8,8 @@
 #include <cerrno>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
-
-#include "runtime/storage/providers/local/posix/file_descriptor.h"
 
 namespace korvex::runtime::storage::posix {
 
@@ -29,8 +28,9 @@ int enterFolder(FileDescriptor& folder, const std::string& path) noexcept {
     return 0;
 }
 
-int statusInPieces(std::string_view path, Links links, struct ::stat& status) {
-    FileDescriptor folder;
+/// Opens the folders in front of the last piece of a path, and cuts them off; 0 or the errno. What is left is
+/// short enough for one call relative to `folder`.
+int enterInPieces(std::string_view& path, FileDescriptor& folder) {
     if (const int systemError = enterFolder(folder, "/")) return systemError;
     path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
     while (path.size() > pieceLimit) {
@@ -39,9 +39,15 @@ int statusInPieces(std::string_view path, Links links, struct ::stat& status) {
         if (const int systemError = enterFolder(folder, std::string(path.substr(0, end)))) return systemError;
         path.remove_prefix(std::min(path.find_first_not_of('/', end), path.size()));
     }
-    const std::string rest(path.empty() ? "." : path);
+    if (path.empty()) path = ".";
+    return 0;
+}
+
+int statusInPieces(std::string_view path, Links links, struct ::stat& status) {
+    FileDescriptor folder;
+    if (const int systemError = enterInPieces(path, folder)) return systemError;
     const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
-    return ::fstatat(folder.get(), rest.c_str(), &status, flags) == 0 ? 0 : errno;
+    return ::fstatat(folder.get(), std::string(path).c_str(), &status, flags) == 0 ? 0 : errno;
 }
 
 /// Splits a path into its components, in reverse, behind those that are still to come.
@@ -124,6 +130,14 @@ int statusOf(const std::string& path, Links links, struct ::stat& status) noexce
     } catch (const std::bad_alloc&) {
         return ENOMEM;
     }
+}
+
+FileDescriptor openFolderByPath(const std::string& path, int& systemError) {
+    std::string_view rest = path;
+    FileDescriptor folder;
+    systemError = enterInPieces(rest, folder);
+    if (systemError == 0) systemError = enterFolder(folder, std::string(rest));
+    return systemError == 0 ? std::move(folder) : FileDescriptor();
 }
 
 std::string canonicalPath(const std::string& path, int& systemError) {

@@ -8,12 +8,17 @@
 
 #include <string>
 
+#include "runtime/storage/providers/local/posix/file_descriptor.h"
+
 namespace korvex::runtime::storage::posix {
 
 enum class Links { follow, tellApart };
 
 /// As `stat` or `lstat`: 0, or the errno. `path` is absolute and holds no NUL.
 int statusOf(const std::string& path, Links links, struct ::stat& status) noexcept;
+
+/// Opens a folder, links followed, for looking up names below it. No descriptor and the errno when it cannot.
+FileDescriptor openFolderByPath(const std::string& path, int& systemError);
 
 /// The path with links resolved and dots gone, or an empty text and the errno in `systemError`.
 std::string canonicalPath(const std::string& path, int& systemError);

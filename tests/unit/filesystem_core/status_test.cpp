@@ -1,13 +1,15 @@
 // The way from a command's outcome to its outputs.
 #include "platform/filesystem_core.h"
+
+#include <algorithm>
+
 #include "platform/message_identifiers.h"
 #include "tests/unit/filemanip/entry_call.h"
 
-namespace korvex::filemanip::tests {
+namespace korvex::io::filesystem::core {
 namespace {
 
-namespace core = korvex::io::filesystem::core;
-using core::Status;
+using namespace korvex::filemanip::tests;
 using ReadOnly = foundation::core::except::Exception<KORVEX::FILE::ReadOnly>;
 
 Status statusWith(std::int32_t code) {
@@ -28,10 +30,9 @@ Outcome handle(const Status& status, int nlhs) {
     std::vector<kxArray*> plhs(4, nullptr);
     Outcome outcome;
     try {
-        core::ResultHandler::HandleStatus(status, nlhs, plhs.data());
+        ResultHandler::HandleStatus(status, nlhs, plhs.data());
     } catch (const foundation::core::except::IMsgIDException& error) {
-        outcome.errorIdentifier = error.get_error_id();
-        outcome.errorText = error.what();
+        outcome.fail(error);
     }
     for (kxArray* output : plhs)
         outcome.outputs.emplace_back(output);
@@ -87,10 +88,10 @@ TEST(HandleStatusTest, FailureWithoutAMessageReadsAsSystemError) {
 
 TEST(StoredExceptionTest, IdentifierAndTextCanBeReadBack) {
     const Status status = statusWith(Status::failure);
-    EXPECT_EQ(core::detail::GetID(status.exception), "KORVEX:COPYFILE:ReadOnly");
-    EXPECT_NE(core::detail::GetUnicodeMessageTxt(status.exception).find(u"/a"), std::u16string::npos);
-    EXPECT_EQ(core::detail::GetID(boost::exception_ptr()), "");
-    EXPECT_EQ(core::detail::GetUnicodeMessageTxt(boost::exception_ptr()), u"");
+    EXPECT_EQ(detail::GetID(status.exception), "KORVEX:COPYFILE:ReadOnly");
+    EXPECT_NE(detail::GetUnicodeMessageTxt(status.exception).find(u"/a"), std::u16string::npos);
+    EXPECT_EQ(detail::GetID(boost::exception_ptr()), "");
+    EXPECT_EQ(detail::GetUnicodeMessageTxt(boost::exception_ptr()), u"");
 }
 
 TEST(AppendWithLimitTest, PutsEachTextOnALineAndTellsWhenTheListIsFull) {
@@ -109,4 +110,4 @@ TEST(AppendWithLimitTest, PutsEachTextOnALineAndTellsWhenTheListIsFull) {
 }
 
 }  // namespace
-}  // namespace korvex::filemanip::tests
+}  // namespace korvex::io::filesystem::core

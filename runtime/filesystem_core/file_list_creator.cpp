@@ -1,0 +1,139 @@
+// The expansion of a name into the files that it stands for.
+#include <algorithm>
+#include <set>
+
+#include "platform/filesystem_core.h"
+#include "platform/foundation_filesystem.h"
+#include "platform/message_identifiers.h"
+#include "platform/path_management.h"
+#include "runtime/filesystem_core/stored_messages.h"
+
+namespace korvex::io::filesystem::core {
+
+namespace internal = korvex::runtime::filesystem_core;
+namespace provider = foundation::storage::provider;
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+using Location = vfs::AbsoluteIRI;
+using Base = boost::optional<vfs::CanonicalAbsoluteIRI>;
+
+Location locationOf(const std::u16string& name, const Base& base) {
+    const std::u16string folder = base ? vfs::fromAbsoluteIRI(*base).text() : std::u16string();
+    return Velquist::PathManagement::GetIRIFromString(fl::filesystem::absolute(name, folder));
+}
+
+bool isFolder(provider::ExistenceTypeExtended type) noexcept {
+    return type == provider::ExtendedFolder || type == provider::ExtendedLinkToFolder;
+}
+
+class Expansion {
+public:
+    Expansion(std::vector<std::u16string>& files, Status& status, bool followsLinks, bool includesFolders)
+        : files_(files), status_(status), followsLinks_(followsLinks), includesFolders_(includesFolders) {}
+
+    void addNameOrMatches(const Location& named) {
+        const provider::ExistenceTypeExtended type = typeOf(named);
+        if (type != provider::ExtendedNothing) return addTree(named, type);
+        if (!named.hasParent()) return;
+        for (const vfs::ListEntry& entry : listing(named.getParent(), named.getName()))
+            addItem(entry.getLocation(), typeOf(entry.getLocation()));
+    }
+
+private:
+    /// Keeps its own list of what is still to be visited, so that no depth of a tree is too much.
+    void addTree(const Location& top, provider::ExistenceTypeExtended typeOfTop) {
+        addItem(top, typeOfTop);
+        std::vector<Location> pending;
+        if (isWalkedInto(top, typeOfTop)) pushEntries(top, pending);
+        while (!pending.empty()) {
+            const Location location = std::move(pending.back());
+            pending.pop_back();
+            const provider::ExistenceTypeExtended type = typeOf(location);
+            addItem(location, type);
+            if (isWalkedInto(location, type)) pushEntries(location, pending);
+        }
+    }
+
+    void addItem(const Location& location, provider::ExistenceTypeExtended type) {
+        if (type == provider::ExtendedNothing || (isFolder(type) && !includesFolders_)) return;
+        files_.push_back(vfs::fromAbsoluteIRI(location));
+    }
+
+    /// With links followed a folder may be reached by several ways, and from itself.
+    bool isWalkedInto(const Location& location, provider::ExistenceTypeExtended type) {
+        if (!followsLinks_) return type == provider::ExtendedFolder;
+        if (!isFolder(type)) return false;
+        try {
+            return walkedInto_.insert(vfs::Folder(location, storage_).getCanonicalLocation().toString())
+                .second;
+        } catch (const vfs::Exception& failure) {
+            record(failure);
+            return false;
+        }
+    }
+
+    void pushEntries(const Location& folder, std::vector<Location>& pending) {
+        const std::size_t before = pending.size();
+        for (const vfs::ListEntry& entry : listing(folder, std::u16string()))
+            pending.push_back(entry.getLocation());
+        std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(before), pending.end());
+    }
+
+    vfs::FolderListing<vfs::ListEntry> listing(const Location& folder, const std::u16string& pattern) {
+        try {
+            return vfs::Folder(folder, storage_).listAll(pattern);
+        } catch (const vfs::Exception& failure) {
+            // A folder that is not there has no matches; that is no failure of the expansion.
+            if (failure.getErrorCode() != vfs::resourceNotFound) record(failure);
+            return {};
+        }
+    }
+
+    provider::ExistenceTypeExtended typeOf(const Location& location) {
+        try {
+            return vfs::existsExtended(location, storage_);
+        } catch (const vfs::Exception& failure) {
+            record(failure);
+            return provider::ExtendedNothing;
+        }
+    }
+
+    void record(const vfs::Exception& failure) {
+        if (status_.code != Status::success) return;
+        const std::u16string path = Velquist::PathManagement::GetStringFromIRI(failure.getLocation());
+        const std::string identifier = vfs::messageOf(failure.getErrorCode(), path).identifier();
+        internal::storeMessageOfOneArgument(status_, identifier, path);
+        status_.code = Status::failure;
+    }
+
+    std::vector<std::u16string>& files_;
+    Status& status_;
+    const bool followsLinks_;
+    const bool includesFolders_;
+    const vfs::StorageSystemReference storage_ = Velquist::KorvexStorageSystem::GetStorageSystemReference();
+    std::set<std::u16string> walkedInto_;
+};
+
+}  // namespace
+
+FileListCreator::FileListCreator() = default;
+
+void FileListCreator::AddFiles(std::u16string name, Base base, bool followsLinks, bool includesFolders,
+                               bool failsWithoutMatch) {
+    const std::size_t before = files_.size();
+    if (!name.empty()) {
+        Expansion(files_, status_, followsLinks, includesFolders).addNameOrMatches(locationOf(name, base));
+    }
+    if (!failsWithoutMatch || files_.size() > before || status_.code != Status::success) return;
+    using NothingFound = foundation::core::except::Exception<KORVEX::FILEATTRIB::CannotFindFile>;
+    status_.exception = boost::copy_exception(NothingFound(KORVEX::FILEATTRIB::CannotFindFile()));
+    status_.code = Status::failure;
+}
+
+std::vector<std::u16string> FileListCreator::GetFiles() { return files_; }
+
+Status FileListCreator::GetStatus() { return status_; }
+
+}  // namespace korvex::io::filesystem::core

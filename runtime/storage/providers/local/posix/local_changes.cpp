@@ -1,0 +1,167 @@
+// The local provider on POSIX systems: permissions, listing, making and removing.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "runtime/storage/name_pattern.h"
+#include "runtime/storage/providers/local/local_provider.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/folder_entries.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/tree_operations.h"
+#include "runtime/text/encoding.h"
+
+namespace korvex::runtime::storage {
+
+namespace vfs = foundation::storage::vfs;
+namespace provider = foundation::storage::provider;
+using posix::FileDescriptor;
+using posix::Place;
+using posix::raiseSystemError;
+
+namespace {
+
+/// How often a folder is emptied that somebody keeps filling.
+constexpr int mostRounds = 64;
+
+/// The write bits, and whether the process may write. `status` is that of what the place leads to.
+bool isWritableAt(const Place& place, const struct ::stat& status) noexcept {
+    return (status.st_mode & 0222) != 0 && ::faccessat(place.folder(), place.name(), W_OK, AT_EACCESS) == 0;
+}
+
+bool leadsToFolder(int folder, const char* name) noexcept {
+    struct ::stat status {};
+    return ::fstatat(folder, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+FileDescriptor openListedFolder(const AbsoluteIRI& location) {
+    int systemError = 0;
+    FileDescriptor searched = posix::openFolderByPath(posix::nativePathOf(location), systemError);
+    if (!searched) raiseSystemError(systemError, location, u"listing");
+    FileDescriptor folder(::openat(searched.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) raiseSystemError(errno, location, u"listing");
+    return folder;
+}
+
+/// Opens the folder itself, no link in its place.
+FileDescriptor openFolderAt(const Place& place, const AbsoluteIRI& location) {
+    FileDescriptor folder(
+        ::openat(place.folder(), place.name(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder) raiseSystemError(errno, location, u"opening the folder");
+    return folder;
+}
+
+}  // namespace
+
+bool LocalProvider::isWritable(const AbsoluteIRI& location) {
+    std::string path;
+    if (!posix::nativePathOf(location, path)) return false;
+    const Place place(location);
+    struct ::stat status {};
+    if (::fstatat(place.folder(), place.name(), &status, 0) == 0) return isWritableAt(place, status);
+    if (errno != ENOENT && errno != ENOTDIR)
+        raiseSystemError(errno, location, u"asking whether it is writable");
+    if (!location.hasParent()) return false;
+    // What does not exist is as writable as the folder that would hold it.
+    const AbsoluteIRI parent = location.getParent();
+    return existence(parent) == provider::AsFolder && isWritable(parent);
+}
+
+void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
+    const Place place(location);
+    struct ::stat status {};
+    if (::fstatat(place.folder(), place.name(), &status, 0) != 0) {
+        raiseSystemError(errno, location, u"changing permissions");
+    }
+    const mode_t bits = status.st_mode & 07777;
+    const mode_t wanted = isWritable ? bits | 0200 : bits & ~mode_t{0222};
+    if (wanted != bits && ::fchmodat(place.folder(), place.name(), wanted, 0) != 0) {
+        raiseSystemError(errno, location, u"changing permissions");
+    }
+}
+
+std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u16string_view pattern) {
+    const NamePattern wanted(pattern);
+    const FileDescriptor folder = openListedFolder(location);
+    posix::FolderEntries entries(folder.get());
+    posix::FolderEntry entry{};
+    int systemError = 0;
+    std::vector<ListedEntry> listed;
+    while (entries.next(entry, systemError)) {
+        std::u16string name = text::fromBytes(entry.name);
+        if (!wanted.matches(name)) continue;
+        const bool isFolder =
+            entry.kind == posix::EntryKind::folder ||
+            (entry.kind == posix::EntryKind::link && leadsToFolder(folder.get(), entry.name));
+        listed.push_back({std::move(name), isFolder});
+    }
+    if (systemError != 0) raiseSystemError(systemError, location, u"listing");
+    std::sort(listed.begin(), listed.end(),
+              [](const ListedEntry& a, const ListedEntry& b) { return a.name < b.name; });
+    return listed;
+}
+
+void LocalProvider::removeFile(const AbsoluteIRI& file) {
+    const Place place(file);
+    if (::unlinkat(place.folder(), place.name(), 0) == 0) return;
+    // Some systems say EPERM for a folder.
+    struct ::stat status {};
+    const int systemError = errno;
+    const bool isFolder =
+        ::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+    raiseSystemError(isFolder ? EISDIR : systemError, file, u"removing");
+}
+
+void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) {
+    const Place place(folder);
+    struct ::stat status {};
+    if (::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        raiseSystemError(errno, folder, u"removing");
+    }
+    // A link to a folder goes itself; what it leads to stays.
+    const int flags = S_ISLNK(status.st_mode) ? 0 : AT_REMOVEDIR;
+    for (int round = 0;; ++round) {
+        if (::unlinkat(place.folder(), place.name(), flags) == 0) return;
+        const bool isNotEmpty = errno == ENOTEMPTY || errno == EEXIST;
+        if (!isNotEmpty) raiseSystemError(errno, folder, u"removing");
+        if (policy == vfs::RemoveEmptyFolder || round == mostRounds)
+            raiseSystemError(ENOTEMPTY, folder, u"removing");
+        posix::removeTreeContents({openFolderAt(place, folder), folder});
+    }
+}
+
+void LocalProvider::createFolder(const AbsoluteIRI& folder) {
+    const Place place(folder);
+    if (::mkdirat(place.folder(), place.name(), 0777) != 0) raiseSystemError(errno, folder, u"creating");
+}
+
+void LocalProvider::createFolderRecursive(const AbsoluteIRI& folder) {
+    std::vector<AbsoluteIRI> missing;
+    AbsoluteIRI above = folder;
+    while (extendedExistence(above) == provider::ExtendedNothing && above.hasParent()) {
+        missing.push_back(above);
+        above = above.getParent();
+    }
+    const bool isInTheWay = missing.empty() || existence(above) != provider::AsFolder;
+    if (isInTheWay) throw vfs::Exception(vfs::resourceAlreadyExists, above, u"creating");
+    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
+        try {
+            createFolder(*next);
+        } catch (const vfs::Exception& error) {
+            // Somebody else may make a folder on the way at the same time.
+            const bool isMadeMeanwhile = error.getErrorCode() == vfs::resourceAlreadyExists &&
+                                         std::next(next) != missing.rend() &&
+                                         existence(*next) == provider::AsFolder;
+            if (!isMadeMeanwhile) throw;
+        }
+    }
+}
+
+}  // namespace korvex::runtime::storage

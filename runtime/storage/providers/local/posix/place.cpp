@@ -1,0 +1,51 @@
+// One entry to act on, named relative to a folder.
+#include "runtime/storage/providers/local/posix/place.h"
+
+#include <fcntl.h>
+#include <limits.h>
+
+#include "runtime/storage/location.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/text/encoding.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+/// Room for the name of a temporary file in the same folder.
+constexpr std::size_t longestDirectPath = PATH_MAX - 64;
+
+}  // namespace
+
+bool nativePathOf(const vfs::AbsoluteIRI& location, std::string& bytes) {
+    const vfs::AbsoluteIRI::Parts& parts = location.parts();
+    return parts.host.empty() && text::toBytes(parts.path, bytes) && bytes.find('\0') == std::string::npos;
+}
+
+std::string nativePathOf(const vfs::AbsoluteIRI& location) {
+    std::string bytes;
+    if (!nativePathOf(location, bytes)) throw vfs::Exception(vfs::invalidLocation, location);
+    return bytes;
+}
+
+Place::Place(const vfs::AbsoluteIRI& location) : folder_(AT_FDCWD), name_(nativePathOf(location)) {
+    if (name_.size() < longestDirectPath) return;
+    const std::size_t slash = name_.rfind('/');
+    int systemError = 0;
+    opened_ = openFolderByPath(name_.substr(0, slash), systemError);
+    if (!opened_) raiseSystemError(systemError, location, u"opening the folder");
+    folder_ = opened_.get();
+    name_.erase(0, slash + 1);
+}
+
+Place::Place(const Place& other, const std::string& name) : folder_(other.folder_) {
+    const std::size_t slash = other.name_.rfind('/');
+    name_ = (slash == std::string::npos ? std::string() : other.name_.substr(0, slash + 1)) + name;
+}
+
+std::string Place::lastComponent() const { return name_.substr(name_.rfind('/') + 1); }
+
+}  // namespace korvex::runtime::storage::posix

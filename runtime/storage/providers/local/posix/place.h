@@ -1,0 +1,37 @@
+// One entry to act on, named relative to a folder. Works for paths of any length.
+#pragma once
+
+#include <string>
+
+#include "platform/storage_vfs.h"
+#include "runtime/storage/providers/local/posix/file_descriptor.h"
+
+namespace korvex::runtime::storage::posix {
+
+class Place {
+public:
+    /// The entry of a local location. Raises `vfs::Exception`: `invalidLocation` for what no name on this
+    /// disk can read as, and what opening the folder above meets when the path is long.
+    explicit Place(const foundation::storage::vfs::AbsoluteIRI& location);
+    /// An entry with this name in the folder that holds `other`. The other place must live as long.
+    Place(const Place& other, const std::string& name);
+
+    /// For the system's calls that take a folder and a name.
+    int folder() const noexcept { return folder_; }
+    const char* name() const noexcept { return name_.c_str(); }
+    /// Without the path in front.
+    std::string lastComponent() const;
+
+private:
+    FileDescriptor opened_;
+    int folder_;
+    std::string name_;
+};
+
+/// The bytes of the path. Raises `vfs::Exception` with `invalidLocation` when no name on this disk can read
+/// so.
+std::string nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location);
+/// The same without an exception: false, with `bytes` in an unspecified state.
+bool nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location, std::string& bytes);
+
+}  // namespace korvex::runtime::storage::posix

@@ -1,0 +1,120 @@
+// Copying of trees.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/tree_failures.h"
+#include "runtime/storage/providers/local/posix/tree_operations.h"
+#include "runtime/storage/transfer_progress.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace vfs = foundation::storage::vfs;
+namespace provider = foundation::storage::provider;
+
+namespace {
+
+constexpr const char16_t* context = u"copying";
+
+class TreeCopy : public TreeVisitor {
+public:
+    TreeCopy(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination,
+             provider::ReplacementPolicy policy)
+        : source_(source),
+          destination_(destination),
+          mayMerge_(policy != provider::ReplaceWritable),
+          transfer_(policy) {}
+
+    void walkFrom(OpenTree source, OpenTree destination, bool isNew) {
+        TreeWalk walk(*this);
+        tree_ = &walk.tree();
+        const std::shared_ptr<TreeFolder> top = makeTop(walk, std::move(source.folder), source_);
+        top->wasCreated = isNew;
+        if (const int systemError = tree_->adopt(*top, destinationSide, std::move(destination.folder))) {
+            raiseSystemError(systemError, destination_, context);
+        }
+        runWalk(walk, top, source_, destination_, context);
+    }
+
+    bool hasDestination() const override { return true; }
+
+    bool enter(TreeFolder& folder) override {
+        if (!folder.parent()) return true;
+        if (const int systemError = tree_->open(folder, sourceSide)) fail({systemError, sourceSide}, folder);
+        makeDestination(folder);
+        if (const int systemError = tree_->open(folder, destinationSide)) {
+            // What stands there in the folder's place is a file or a link.
+            fail({systemError == ENOTDIR || systemError == ELOOP ? EEXIST : systemError, destinationSide},
+                 folder);
+        }
+        return true;
+    }
+
+    void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
+               const WalkedEntry& entry) override {
+        if (interpreter::isInterruptPending()) stopIfInterrupted(locationIn(source_, folder, entry.name));
+        progress_.found(1, 0);
+        off_t bytes = 0;
+        const Failure failure = transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
+                                               {handles[destinationSide]->get(), entry.name.c_str()}, bytes);
+        if (failure) raise(failure, locationIn(sideOf(failure), folder, entry.name));
+        progress_.finished(1, static_cast<std::uint64_t>(bytes),
+                           [&] { return locationIn(source_, folder, entry.name); });
+    }
+
+    /// Times and permission bits come last: making entries changes the one and may need the other.
+    bool leave(TreeFolder& folder) override {
+        if (!folder.wasCreated) return true;
+        int systemError = 0;
+        const FolderTree::Handle destination = tree_->handle(folder, destinationSide, systemError);
+        if (!destination) fail({systemError, destinationSide}, folder);
+        if (const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError)) {
+            systemError = copyExtendedAttributes(source->get(), destination->get(), transfer_.abilities());
+        }
+        if (systemError == 0) systemError = copyModeAndTimes(folder.status, destination->get(), false);
+        if (systemError != 0) fail({systemError, destinationSide}, folder);
+        return true;
+    }
+
+private:
+    void makeDestination(TreeFolder& folder) {
+        int systemError = 0;
+        const FolderTree::Handle above = tree_->handle(*folder.parent(), destinationSide, systemError);
+        if (!above) fail({systemError, destinationSide}, folder);
+        folder.wasCreated = ::mkdirat(above->get(), folder.name().c_str(), 0700) == 0;
+        const bool mayGoOn = folder.wasCreated || (errno == EEXIST && mayMerge_);
+        if (!mayGoOn) fail({errno, destinationSide}, folder);
+    }
+
+    const vfs::AbsoluteIRI& sideOf(const Failure& failure) const {
+        return failure.side == sourceSide ? source_ : destination_;
+    }
+
+    [[noreturn]] void raise(const Failure& failure, const vfs::AbsoluteIRI& location) const {
+        raiseSystemError(failure.systemError, location, context);
+    }
+
+    [[noreturn]] void fail(const Failure& failure, const TreeFolder& folder) const {
+        raise(failure, locationBelow(sideOf(failure), folder.relativePath()));
+    }
+
+    const vfs::AbsoluteIRI source_;
+    const vfs::AbsoluteIRI destination_;
+    const bool mayMerge_;
+    FileTransfer transfer_;
+    ProgressCounter progress_;
+    FolderTree* tree_ = nullptr;
+};
+
+}  // namespace
+
+void copyTree(OpenTree source, OpenTree destination, bool isNew, provider::ReplacementPolicy policy) {
+    TreeCopy copy(source.location, destination.location, policy);
+    copy.walkFrom(std::move(source), std::move(destination), isNew);
+}
+
+}  // namespace korvex::runtime::storage::posix

@@ -1,0 +1,113 @@
+// Moving of trees, entry by entry, into folders that exist.
+#include <fcntl.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/tree_failures.h"
+#include "runtime/storage/providers/local/posix/tree_operations.h"
+#include "runtime/storage/transfer_progress.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace vfs = foundation::storage::vfs;
+namespace provider = foundation::storage::provider;
+
+namespace {
+
+constexpr const char16_t* context = u"moving";
+constexpr int mostReadings = 64;
+
+class TreeMove : public TreeVisitor {
+public:
+    TreeMove(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination,
+             provider::ReplacementPolicy policy)
+        : source_(source), destination_(destination), transfer_(policy) {}
+
+    void walkFrom(OpenTree source, OpenTree destination) {
+        TreeWalk walk(*this);
+        tree_ = &walk.tree();
+        const std::shared_ptr<TreeFolder> top = makeTop(walk, std::move(source.folder), source_);
+        if (const int systemError = tree_->adopt(*top, destinationSide, std::move(destination.folder))) {
+            raiseSystemError(systemError, destination_, context);
+        }
+        runWalk(walk, top, source_, destination_, context);
+    }
+
+    bool hasDestination() const override { return true; }
+    bool splitsFolders() const override { return false; }
+
+    /// A folder that has no counterpart moves as a whole and is passed over; else its contents do.
+    bool enter(TreeFolder& folder) override {
+        if (!folder.parent()) return true;
+        int systemError = 0;
+        const FolderTree::Handle from = tree_->handle(*folder.parent(), sourceSide, systemError);
+        if (!from) fail({systemError, sourceSide}, folder);
+        const FolderTree::Handle to = tree_->handle(*folder.parent(), destinationSide, systemError);
+        if (!to) fail({systemError, destinationSide}, folder);
+        const char* const name = folder.name().c_str();
+        systemError = renameOntoNothing({from->get(), name}, {to->get(), name});
+        if (systemError == 0 || systemError == ENOENT) return false;
+        if (systemError != EEXIST) fail({systemError, destinationSide}, folder);
+
+        systemError = tree_->open(folder, sourceSide);
+        if (systemError != 0) fail({systemError, sourceSide}, folder);
+        systemError = tree_->open(folder, destinationSide);
+        if (systemError == ENOTDIR || systemError == ELOOP) systemError = EEXIST;
+        if (systemError != 0) fail({systemError, destinationSide}, folder);
+        return true;
+    }
+
+    void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
+               const WalkedEntry& entry) override {
+        if (interpreter::isInterruptPending()) stopIfInterrupted(locationIn(source_, folder, entry.name));
+        progress_.found(1, 0);
+        const EntryAt from{handles[sourceSide]->get(), entry.name.c_str()};
+        const EntryAt to{handles[destinationSide]->get(), entry.name.c_str()};
+        int systemError = transfer_.mayReplace(to);
+        if (systemError == 0 && ::renameat(from.folder, from.name, to.folder, to.name) != 0)
+            systemError = errno;
+        if (systemError == EISDIR) systemError = EEXIST;
+        if (systemError != 0 && systemError != ENOENT) {
+            raiseSystemError(systemError, locationIn(destination_, folder, entry.name), context);
+        }
+        progress_.finished(1, 0, [&] { return locationIn(source_, folder, entry.name); });
+    }
+
+    bool leave(TreeFolder& folder) override {
+        if (!folder.parent()) return true;
+        int systemError = 0;
+        const FolderTree::Handle above = tree_->handle(*folder.parent(), sourceSide, systemError);
+        if (!above) fail({systemError, sourceSide}, folder);
+        if (::unlinkat(above->get(), folder.name().c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT)
+            return true;
+        const bool isFilledAgain = errno == ENOTEMPTY || errno == EEXIST;
+        if (isFilledAgain && ++folder.readings < mostReadings) return false;
+        fail({errno, sourceSide}, folder);
+    }
+
+private:
+    [[noreturn]] void fail(const Failure& failure, const TreeFolder& folder) const {
+        const vfs::AbsoluteIRI& side = failure.side == sourceSide ? source_ : destination_;
+        raiseSystemError(failure.systemError, locationBelow(side, folder.relativePath()), context);
+    }
+
+    const vfs::AbsoluteIRI source_;
+    const vfs::AbsoluteIRI destination_;
+    FileTransfer transfer_;
+    ProgressCounter progress_;
+    FolderTree* tree_ = nullptr;
+};
+
+}  // namespace
+
+void moveTreeContents(OpenTree source, OpenTree destination, provider::ReplacementPolicy policy) {
+    TreeMove move(source.location, destination.location, policy);
+    move.walkFrom(std::move(source), std::move(destination));
+}
+
+}  // namespace korvex::runtime::storage::posix

@@ -1,0 +1,102 @@
+// A walk through a tree of folders, with as many threads as there are processors.
+//
+// A folder is a piece of work; a very large one is split. Folders are entered before what is in them and left
+// after all of it is done. The first failure stops the walk: pieces under way are finished, no other is
+// begun, and no folder is left any more.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "runtime/storage/providers/local/posix/folder_entries.h"
+#include "runtime/storage/providers/local/posix/folder_tree.h"
+
+namespace korvex::runtime::storage::posix {
+
+/// An entry that is no folder.
+struct WalkedEntry {
+    std::string name;
+    EntryKind kind;
+};
+
+/// What is done on the walk. Called from several threads, but for one folder's `enter` and `leave`, which
+/// come before and after everything else about it. Whatever these raise stops the walk.
+class TreeVisitor {
+public:
+    virtual ~TreeVisitor() = default;
+    /// Opens the folder in the tree; the top folder is open already. False passes the folder over.
+    virtual bool enter(TreeFolder& folder) = 0;
+    /// An entry that is no folder. `handles` are those of the folder's sides.
+    virtual void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
+                       const WalkedEntry& entry) = 0;
+    /// False has the folder read once more from its start, as a removal must that finds it not empty.
+    virtual bool leave(TreeFolder& folder) = 0;
+
+    /// Whether the entries of one large folder may be visited by several threads.
+    virtual bool splitsFolders() const { return true; }
+    /// Whether the walk has a second side, whose handles `visit` needs.
+    virtual bool hasDestination() const = 0;
+};
+
+class TreeWalk {
+public:
+    /// `workers` 0: as many as processors.
+    explicit TreeWalk(TreeVisitor& visitor, unsigned workers = 0);
+    ~TreeWalk();
+    TreeWalk(const TreeWalk&) = delete;
+    TreeWalk& operator=(const TreeWalk&) = delete;
+
+    FolderTree& tree() noexcept { return tree_; }
+
+    /// Walks from a top folder whose sides have been adopted. Raises what the visitor raised first.
+    void run(std::shared_ptr<TreeFolder> top);
+
+private:
+    /// A folder to be read, or some entries of one that is being read.
+    struct Piece {
+        std::shared_ptr<TreeFolder> folder;
+        std::vector<WalkedEntry> entries;
+    };
+
+    void work();
+    bool take(Piece& piece);
+    void put(Piece piece);
+    void process(Piece& piece);
+    void readFolder(const std::shared_ptr<TreeFolder>& folder);
+    void visitEntries(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
+                      const std::vector<WalkedEntry>& entries);
+    void finish(std::shared_ptr<TreeFolder> folder);
+    void stop(std::exception_ptr failure) noexcept;
+    bool mayHandOut();
+    void openHandles(TreeFolder& folder, FolderTree::Handle (&handles)[2]);
+
+    TreeVisitor& visitor_;
+    const unsigned mostWorkers_;
+    FolderTree tree_;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    /// The piece put last is taken first, so that the walk goes deep before it goes wide.
+    std::deque<Piece> pieces_;
+    std::size_t underWay_ = 0;
+    std::vector<std::thread> threads_;
+    std::exception_ptr failure_;
+    std::atomic<bool> isStopped_{false};
+};
+
+/// A system call failed on the walk: the errno, and the path below the top folder at which it happened.
+/// Raised by the walk itself.
+struct WalkFailure {
+    int systemError;
+    Side side;
+    std::string relativePath;
+};
+
+}  // namespace korvex::runtime::storage::posix
