@@ -120,6 +120,8 @@ private:
 
 FileListCreator::FileListCreator() = default;
 
+// The signature is the interface's.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void FileListCreator::AddFiles(std::u16string name, Base base, bool followsLinks, bool includesFolders,
                                bool failsWithoutMatch) {
     const std::size_t before = files_.size();

@@ -75,6 +75,8 @@ FileManipulator::~FileManipulator() = default;
 
 Status FileManipulator::GetStatus() { return status_; }
 
+// The signature is the interface's.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void FileManipulator::ParseOptArgs(std::vector<std::u16string>) {}
 
 std::string FileManipulator::GetErrorMsgIdPrefix() { return "FILE"; }

@@ -29,7 +29,8 @@ std::u16string withLinksFollowed(const std::u16string& absolutePath) {
         } catch (const vfs::Exception&) {
             if (!existing.hasParent()) return absolutePath;
         }
-        missing = missing.empty() ? existing.getName() : existing.getName() + u'/' + missing;
+        if (!missing.empty()) missing.insert(0, 1, u'/');
+        missing.insert(0, existing.getName());
         existing = existing.getParent();
     }
 }

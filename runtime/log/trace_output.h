@@ -9,8 +9,8 @@
 namespace korvex::runtime::log {
 
 /// Writes the trace as long as it lives, one record a line: the severity in four columns, two blanks for each
-/// level of call depth, the text, which may end the line itself. Each line is flushed. The mask is that of the logger; a record is written
-/// when the mask has its severity, function exits too.
+/// level of call depth, the text, which may end the line itself. Each line is flushed. The mask is that of
+/// the logger; a record is written when the mask has its severity, function exits too.
 ///
 /// Output objects may be nested: each writes what is traced, and the mask before comes back when one dies.
 class TraceOutput {
