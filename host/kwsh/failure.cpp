@@ -3,7 +3,9 @@
 
 #include <new>
 
+#include "platform/message_catalog.h"
 #include "platform/message_identifiers.h"
+#include "platform/path_management.h"
 #include "platform/storage_vfs.h"
 #include "platform/user_exceptions.h"
 #include "runtime/messages/environment_messages.h"
@@ -24,6 +26,18 @@ HostError::HostError(std::string_view key, std::u16string text)
 HostError::HostError(Failure failure)
     : failure_(std::move(failure)), narrowText_(runtime::text::toDisplayBytes(failure_.text)) {}
 
+namespace {
+
+/// What happened and to what; where the storage layer was at the time is for the trace.
+Failure describeStorageFailure(const vfs::Exception& error) {
+    const resource_core::BaseMsgID message =
+        vfs::messageOf(error.getErrorCode(), Velquist::PathManagement::GetStringFromIRI(error.getLocation()));
+    return {message.identifier(),
+            fl::i18n::MessageCatalog::get_message(message, fl::i18n::KwLocale::global())};
+}
+
+}  // namespace
+
 Failure describeCurrentException() {
     constexpr const char* unexpected = "KORVEX:host:unexpectedError";
     try {
@@ -37,7 +51,7 @@ Failure describeCurrentException() {
         error.convert_str(failure.text);
         return failure;
     } catch (const vfs::Exception& error) {
-        return {vfs::messageOf(error.getErrorCode(), {}).identifier(), error.ToUstring()};
+        return describeStorageFailure(error);
     } catch (const vfs::InvalidIRIException& error) {
         return {KORVEX::virtualfilesystem::invalidIRI(error.getInvalidIRIString()).identifier(),
                 error.ToUstring()};

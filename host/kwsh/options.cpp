@@ -91,8 +91,11 @@ Options parseOptions(std::vector<std::string> arguments) {
     addSwitch(jsonHelp, isJson);
     addSwitch(transcriptHelp, isTranscript);
     addSwitch(stopHelp, options.stopsAtFailure);
-    app.add_option(namesOf(folderHelp), options.currentFolder, meaningOf(folderHelp));
-    app.add_option(namesOf(configurationHelp), options.configurationFolder, meaningOf(configurationHelp));
+    const CLI::Validator isName(
+        [](const std::string& name) { return std::string(name.empty() ? "a folder is needed" : ""); }, "");
+    app.add_option(namesOf(folderHelp), options.currentFolder, meaningOf(folderHelp))->check(isName);
+    app.add_option(namesOf(configurationHelp), options.configurationFolder, meaningOf(configurationHelp))
+        ->check(isName);
     app.add_option(namesOf(columnsHelp), options.columns, meaningOf(columnsHelp))
         ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000}));
     // A switch that may carry a value behind "="; a word behind a blank is not its.

@@ -6,6 +6,7 @@
 #include <optional>
 #include <system_error>
 
+#include "host/kwsh/failure.h"
 #include "host/kwsh/json_presenter.h"
 #include "host/kwsh/options.h"
 #include "host/kwsh/prompt.h"
@@ -17,6 +18,7 @@
 #include "platform/user_exceptions.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/interpreter/functions.h"
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/log/trace_output.h"
 #include "runtime/messages/environment_messages.h"
 #include "runtime/process/process.h"
@@ -85,8 +87,9 @@ std::string scriptText(const std::string& path) {
 void enterFolder(const std::string& folder) {
     try {
         runtime::dispatcher::setCurrentFolderPath(absolutePath(folder));
-    } catch (const std::exception& error) {
-        throw OptionError("the folder '" + folder + "' cannot be entered: " + error.what());
+    } catch (const std::exception&) {
+        throw OptionError("the folder '" + folder + "' cannot be entered: " +
+                          runtime::text::toDisplayBytes(describeCurrentException().text));
     }
 }
 
@@ -132,6 +135,8 @@ int runSources(Session& session, const Options& options,
         hasFailed = hasFailed || result.hasFailed;
         if (result.end == RunEnd::atInterrupt) return exitScriptError;
         if (result.end != RunEnd::atEnd) break;
+        // Ctrl-C while more statements were waited for.
+        if (runtime::interpreter::isInterruptPending()) return exitScriptError;
     }
     // In a transcript that goes on after errors they are part of what it tells.
     return hasFailed && (stopsAtFailure || !isTranscript) ? exitScriptError : exitSuccess;
@@ -160,20 +165,27 @@ int runWithOptions(const Options& options, const ProgramStreams& streams) {
     return exitSuccess;
 }
 
+int runAsAsked(const Options& options, const ProgramStreams& streams) {
+    if (options.isHelpWanted) {
+        streams.output << usageText();
+        return exitSuccess;
+    }
+    if (options.isVersionWanted) {
+        streams.output << versionText();
+        return exitSuccess;
+    }
+    return runWithOptions(options, streams);
+}
+
 }  // namespace
 
 int runProgram(const std::vector<std::string>& arguments, const ProgramStreams& streams) {
     try {
-        const Options options = parseOptions(arguments);
-        if (options.isHelpWanted) {
-            streams.output << usageText() << std::flush;
-            return exitSuccess;
-        }
-        if (options.isVersionWanted) {
-            streams.output << versionText() << std::flush;
-            return exitSuccess;
-        }
-        return runWithOptions(options, streams);
+        const int status = runAsAsked(parseOptions(arguments), streams);
+        // What was computed and did not arrive, as on a full disk, is no success.
+        if (streams.output.flush()) return status;
+        streams.errors << "kwsh: the standard output cannot be written\n" << std::flush;
+        return exitScriptError;
     } catch (const OptionError& error) {
         streams.errors << "kwsh: " << error.what() << "\nTry: kwsh --help\n" << std::flush;
         return exitWrongOptions;

@@ -1,6 +1,7 @@
 // Line ends and the byte order mark.
 #include "host/kwsh/script_lines.h"
 
+#include "runtime/process/process.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::host {
@@ -28,6 +29,7 @@ std::optional<std::u16string> TextLines::nextLine(bool) {
 
 std::optional<std::u16string> StreamLines::nextLine(bool) {
     std::string line;
+    const runtime::process::InterruptibleReading reading;
     if (!std::getline(stream_, line)) return std::nullopt;
     if (isFirst_ && line.starts_with(byteOrderMark)) line.erase(0, byteOrderMark.size());
     isFirst_ = false;

@@ -49,8 +49,18 @@ std::optional<unsigned> terminalColumns(Stream stream) noexcept;
 /// during it.
 bool waitForInput() noexcept;
 
-/// Ctrl-C raises the pending-interrupt flag from now on and does not kill the process.
+/// Ctrl-C raises the pending-interrupt flag from now on and does not kill the process. What is being written is
+/// written to its end.
 void handleInterruptKey();
+
+/// As long as the object lives, Ctrl-C ends a read that waits, as at its end of input.
+class InterruptibleReading {
+public:
+    InterruptibleReading() noexcept;
+    ~InterruptibleReading();
+    InterruptibleReading(const InterruptibleReading&) = delete;
+    InterruptibleReading& operator=(const InterruptibleReading&) = delete;
+};
 
 /// Runs a command line in the system's shell, in `folder`, its standard output and standard error handed to
 /// `receive` as they come, in bytes; standard input is empty. Gives its exit status, 128 and the signal's

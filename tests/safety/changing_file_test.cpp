@@ -56,16 +56,14 @@ TEST_F(ChangingFileTest, FileThatComesAndGoesIsCopiedWholeOrNotFound) {
     const std::string content(100'000, 'c');
     const fs::path hidden = folder_ / "hidden";
     writeContent(source_, content);
-    int copies = 0;
+
     whileChanging([&] { fs::rename(source_, hidden), fs::rename(hidden, source_); },
                   [&] {
                       const int code = codeRaisedBy(
                           [&] { fileAt(source_).copyFile(fileAt(target_), provider::ReplaceAny); });
                       EXPECT_TRUE(code == -1 || code == vfs::resourceNotFound) << code;
                       EXPECT_TRUE(!fs::exists(target_) || contentOf(target_) == content);
-                      copies += code == -1;
                   });
-    EXPECT_GE(copies, 0);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), fs::exists(target_) ? 2 : 1);
 }
 

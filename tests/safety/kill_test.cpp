@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <functional>
+#include <iostream>
 #include <random>
 
 #include "tests/safety/own_mounts.h"
@@ -36,7 +37,8 @@ void runAndKill(std::mt19937& random, const std::function<void(int round)>& work
             for (int round = 0;; ++round) {
                 work(round);
             }
-        } catch (...) {
+        } catch (const std::exception& error) {
+            std::cerr << error.what() << std::endl;
             ::_exit(3);
         }
     }

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace korvex::runtime::process {
@@ -24,8 +25,10 @@ public:
 
     int get() const noexcept { return descriptor_; }
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
-    void close() noexcept {
-        if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+    /// 0 or the errno: some storage says only now that what was written did not arrive.
+    int close() noexcept {
+        if (descriptor_ < 0) return 0;
+        return ::close(std::exchange(descriptor_, -1)) == 0 || errno == EINTR ? 0 : errno;
     }
 
 private:

@@ -46,15 +46,31 @@ bool waitForInput() noexcept {
     }
 }
 
+namespace {
+
+/// Changes nothing but whether calls go on behind the signal; nothing at all while nobody handles it.
+void letSignalsEndCalls(bool isWanted) noexcept {
+    struct sigaction action {};
+    if (::sigaction(SIGINT, nullptr, &action) != 0 || action.sa_handler != onInterruptKey) return;
+    action.sa_flags = isWanted ? 0 : SA_RESTART;
+    ::sigaction(SIGINT, &action, nullptr);
+}
+
+}  // namespace
+
 void handleInterruptKey() {
     struct sigaction action {};
     action.sa_handler = onInterruptKey;
     ::sigemptyset(&action.sa_mask);
-    // Calls that wait are to come back, so that the one who waits can look at the flag.
-    action.sa_flags = 0;
+    // Writing goes on behind the signal, or output would be lost half way. Calls that wait with a time limit,
+    // as all in this program do, come back all the same, so that the one who waits can look at the flag.
+    action.sa_flags = SA_RESTART;
     if (::sigaction(SIGINT, &action, nullptr) != 0) {
         throw std::runtime_error(std::generic_category().message(errno));
     }
 }
+
+InterruptibleReading::InterruptibleReading() noexcept { letSignalsEndCalls(true); }
+InterruptibleReading::~InterruptibleReading() { letSignalsEndCalls(false); }
 
 }  // namespace korvex::runtime::process

@@ -51,4 +51,8 @@ void handleInterruptKey() {
     if (!::SetConsoleCtrlHandler(onInterruptKey, TRUE)) raiseSystemError(::GetLastError());
 }
 
+// The system ends a read from the console by itself when the key is pressed.
+InterruptibleReading::InterruptibleReading() noexcept = default;
+InterruptibleReading::~InterruptibleReading() = default;
+
 }  // namespace korvex::runtime::process

@@ -51,6 +51,22 @@ protected:
 
 constexpr const char* undefinedError = "  (KORVEX:UndefinedFunction)\n";
 
+TEST_F(KwshProgram, OutputThatCannotBeWrittenIsNoSuccess) {
+    for (const char* arguments : {"-e pwd", "--json -e pwd", "--transcript -e pwd", "--help"}) {
+        const std::string command =
+            "'" + std::string(KWSH_PROGRAM) + "' " + arguments + " >/dev/full 2>errors";
+        const int status = process::runShellCommand(runtime::text::fromBytes(command), scratch.text(),
+                                                    [](std::string_view) {});
+        EXPECT_EQ(status, 1) << arguments;
+        EXPECT_THAT(process::readFile(scratch.text() + u"/errors"), HasSubstr("cannot be written"));
+    }
+}
+
+TEST_F(KwshProgram, EmptyFolderNamesAreWrongOptions) {
+    EXPECT_EQ(run("--cd '' -e pwd").status, 2);
+    EXPECT_EQ(run("--config '' -e pwd").status, 2);
+}
+
 TEST_F(KwshProgram, AScriptStopsAtItsFirstError) {
     scratch.writeFile("test.k", "x = 1\nnothing\ny = 2\n");
     const ProgramRun result = run("test.k");

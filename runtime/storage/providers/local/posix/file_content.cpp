@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -57,8 +55,9 @@ int writeAll(int destination, const char* bytes, std::size_t count, off_t offset
     return 0;
 }
 
-/// Copies [begin, end), or to the end of the file when `end` is negative.
-int copyByReading(int source, int destination, off_t begin, off_t end) {
+/// Copies from `begin` to `end`, or to the end of the file when `end` is negative. A short read is not the
+/// end: only a read of nothing is.
+Failure copyByReading(int source, int destination, off_t begin, off_t end) {
     thread_local const std::unique_ptr<std::array<char, bufferSize>> buffer =
         std::make_unique<std::array<char, bufferSize>>();
     for (off_t offset = begin; end < 0 || offset < end;) {
@@ -66,49 +65,48 @@ int copyByReading(int source, int destination, off_t begin, off_t end) {
             end < 0 ? bufferSize : std::min(bufferSize, static_cast<std::size_t>(end - offset));
         const ssize_t count = ::pread(source, buffer->data(), wanted, offset);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return errno;
-        if (count == 0) return 0;
-        const auto size = static_cast<std::size_t>(count);
-        if (const int systemError = writeAll(destination, buffer->data(), size, offset)) return systemError;
+        if (count < 0) return {errno, sourceSide};
+        if (count == 0) break;
+        if (const int systemError =
+                writeAll(destination, buffer->data(), static_cast<std::size_t>(count), offset)) {
+            return {systemError, destinationSide};
+        }
         offset += count;
-        // A short read of a file that was small enough for the buffer is its end.
-        if (end < 0 && size < wanted) return 0;
     }
-    return 0;
+    return {};
 }
 
-int copyInKernel(int source, int destination, off_t begin, off_t end, CopyAbilities& abilities) {
+/// As `copyByReading`. Where the kernel copies nothing, for whatever reason, reading has the last word.
+Failure copyRange(int source, int destination, off_t begin, off_t end, CopyAbilities& abilities) {
     off_t from = begin;
     off_t to = begin;
-    while (from < end && abilities.copiesInKernel.load(std::memory_order_relaxed)) {
+    while (from < end && end - from >= kernelCopyFrom &&
+           abilities.copiesInKernel.load(std::memory_order_relaxed)) {
         const std::size_t piece = std::min(kernelCopyPiece, static_cast<std::size_t>(end - from));
         const ssize_t count = ::copy_file_range(source, &from, destination, &to, piece, 0);
-        if (count == 0) return 0;
+        if (count == 0) break;
         if (count > 0 || errno == EINTR) continue;
-        if (!meansUnsupported(errno)) return errno;
+        if (!meansUnsupported(errno)) return {errno, destinationSide};
         abilities.copiesInKernel.store(false, std::memory_order_relaxed);
     }
-    return from < end ? copyByReading(source, destination, from, end) : 0;
-}
-
-int copyRange(int source, int destination, off_t begin, off_t end, CopyAbilities& abilities) {
-    if (end - begin >= kernelCopyFrom) return copyInKernel(source, destination, begin, end, abilities);
-    return copyByReading(source, destination, begin, end);
+    return copyByReading(source, destination, from, end);
 }
 
 /// Copies the parts that hold data; what lies between them stays a hole.
-int copyAroundHoles(int source, int destination, off_t size, CopyAbilities& abilities) {
-    off_t offset = 0;
-    while (offset < size) {
+Failure copyAroundHoles(int source, int destination, CopyAbilities& abilities) {
+    for (off_t offset = 0;;) {
         const off_t data = ::lseek(source, offset, SEEK_DATA);
         if (data < 0 && errno == ENXIO) break;
-        if (data < 0) return copyRange(source, destination, offset, size, abilities);
+        if (data < 0) return copyByReading(source, destination, offset, -1);
         const off_t hole = ::lseek(source, data, SEEK_HOLE);
-        const off_t end = hole < 0 ? size : std::min(hole, size);
-        if (const int systemError = copyRange(source, destination, data, end, abilities)) return systemError;
-        offset = std::max(end, data + 1);
+        if (hole < 0) return copyByReading(source, destination, data, -1);
+        if (const Failure failure = copyRange(source, destination, data, hole, abilities)) return failure;
+        offset = std::max(hole, data + 1);
     }
-    return ::ftruncate(destination, size) == 0 ? 0 : errno;
+    // The length as it is now: a file that shrank meanwhile must not get zeros at its end.
+    struct ::stat now {};
+    if (::fstat(source, &now) != 0) return {errno, sourceSide};
+    return {::ftruncate(destination, now.st_size) == 0 ? 0 : errno, destinationSide};
 }
 
 /// Attributes that only the system itself may set, or that this file system does not know, are left out.
@@ -152,45 +150,45 @@ int attributeNames(int file, std::vector<char>& names) {
 
 }  // namespace
 
-int copyContent(int source, const struct ::stat& sourceStatus, int destination, CopyAbilities& abilities) {
+Failure copyContent(int source, const struct ::stat& sourceStatus, int destination,
+                    CopyAbilities& abilities) {
     const off_t size = sourceStatus.st_size;
-    if (size > 0 && shareBlocks(source, destination, abilities)) return 0;
+    if (size > 0 && shareBlocks(source, destination, abilities)) return {};
     const bool hasHoles = sourceStatus.st_blocks * 512 < size;
-    if (hasHoles) return copyAroundHoles(source, destination, size, abilities);
+    if (hasHoles) return copyAroundHoles(source, destination, abilities);
     if (size < kernelCopyFrom) return copyByReading(source, destination, 0, -1);
-    return copyInKernel(source, destination, 0, size, abilities);
+    if (const Failure failure = copyRange(source, destination, 0, size, abilities)) return failure;
+    return copyByReading(source, destination, size, -1);
 }
 
-int copyExtendedAttributes(int source, int destination, CopyAbilities& abilities) {
-    if (!abilities.hasExtendedAttributes.load(std::memory_order_relaxed)) return 0;
+Failure copyExtendedAttributes(int source, int destination, CopyAbilities& abilities) {
+    if (!abilities.hasExtendedAttributes.load(std::memory_order_relaxed)) return {};
     thread_local std::vector<char> names;
     thread_local std::vector<char> value;
     if (const int systemError = attributeNames(source, names)) {
-        if (!meansUnsupported(systemError)) return systemError;
-        abilities.hasExtendedAttributes.store(false, std::memory_order_relaxed);
-        return 0;
+        if (systemError == ENOTSUP) abilities.hasExtendedAttributes.store(false, std::memory_order_relaxed);
+        return mayBeLeftOut(systemError) ? Failure{} : Failure{systemError, sourceSide};
     }
     for (const char* name = names.data(); name < names.data() + names.size();
          name += std::string_view(name).size() + 1) {
-        if (const int systemError = copyAttribute(source, destination, name, value)) return systemError;
+        const int systemError = copyAttribute(source, destination, name, value);
+        if (systemError != 0) return {systemError, destinationSide};
     }
-    return 0;
+    return {};
 }
 
-int copyModeAndTimes(const struct ::stat& sourceStatus, int destination, bool isModeSet) {
-    if (!isModeSet && ::fchmod(destination, sourceStatus.st_mode & 07777) != 0) return errno;
+int copyModeAndTimes(const struct ::stat& sourceStatus, int destination, bool keepsOwner) {
+    // Not every file system keeps these, and not for everybody: a copy is none the worse for it.
+    const auto isKeptElsewhere = [](int systemError) {
+        return systemError == EPERM || systemError == EOPNOTSUPP || systemError == ENOSYS;
+    };
+    const bool hasOwner =
+        (sourceStatus.st_uid == ::geteuid() && sourceStatus.st_gid == ::getegid()) ||
+        (keepsOwner && ::fchown(destination, sourceStatus.st_uid, sourceStatus.st_gid) == 0);
+    const mode_t bits = sourceStatus.st_mode & (hasOwner ? 07777U : 01777U);
+    if (::fchmod(destination, bits) != 0 && !isKeptElsewhere(errno)) return errno;
     const struct timespec times[2] = {{0, UTIME_OMIT}, sourceStatus.st_mtim};
-    return ::futimens(destination, times) == 0 ? 0 : errno;
-}
-
-mode_t fileModeMask() {
-    // Asking through umask() would change it for a moment, for all threads.
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("Umask:"))
-            return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8));
-    }
-    return 07777;
+    return ::futimens(destination, times) == 0 || isKeptElsewhere(errno) ? 0 : errno;
 }
 
 }  // namespace korvex::runtime::storage::posix

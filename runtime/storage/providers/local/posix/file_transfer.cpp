@@ -4,12 +4,13 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <stdio.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <random>
 
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
@@ -24,12 +25,18 @@ using foundation::storage::provider::ReplaceAny;
 constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 constexpr int createFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
 
-/// Removes an entry at the end of a scope, unless it is kept.
+/// Removes an entry that this program made, at the end of a scope, unless it is kept.
 class RemovedUnlessKept {
 public:
-    explicit RemovedUnlessKept(EntryAt entry) : entry_(entry) {}
+    explicit RemovedUnlessKept(EntryAt entry) : entry_(entry) {
+        isKept_ = ::fstatat(entry_.folder, entry_.name, &made_, AT_SYMLINK_NOFOLLOW) != 0;
+    }
     ~RemovedUnlessKept() {
-        if (!isKept_) ::unlinkat(entry_.folder, entry_.name, 0);
+        struct ::stat now {};
+        if (isKept_ || ::fstatat(entry_.folder, entry_.name, &now, AT_SYMLINK_NOFOLLOW) != 0) return;
+        // Somebody may have put something of theirs in its place.
+        if (now.st_dev == made_.st_dev && now.st_ino == made_.st_ino)
+            ::unlinkat(entry_.folder, entry_.name, 0);
     }
     RemovedUnlessKept(const RemovedUnlessKept&) = delete;
     RemovedUnlessKept& operator=(const RemovedUnlessKept&) = delete;
@@ -37,6 +44,7 @@ public:
 
 private:
     EntryAt entry_;
+    struct ::stat made_ {};
     bool isKept_ = false;
 };
 
@@ -53,18 +61,35 @@ std::string linkTargetOf(EntryAt link) {
     return target;
 }
 
+/// Renaming one name of a file to another name of the same file does nothing at all: the first one goes here.
+int removeOtherName(EntryAt source, EntryAt destination) noexcept {
+    struct ::stat from {};
+    struct ::stat to {};
+    if (::fstatat(source.folder, source.name, &from, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+    if (::fstatat(destination.folder, destination.name, &to, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+    const bool isSameFile = from.st_dev == to.st_dev && from.st_ino == to.st_ino;
+    // With a single name left, both spellings are that name.
+    if (!isSameFile || from.st_nlink < 2) return 0;
+    return ::unlinkat(source.folder, source.name, 0) == 0 ? 0 : errno;
+}
+
 bool isWritableFile(EntryAt entry, const struct ::stat& status) noexcept {
     return (status.st_mode & 0222) != 0 && ::faccessat(entry.folder, entry.name, W_OK, AT_EACCESS) == 0;
 }
 
 }  // namespace
 
+bool isUnchanged(const struct ::stat& before, const struct ::stat& after) noexcept {
+    return before.st_dev == after.st_dev && before.st_ino == after.st_ino &&
+           before.st_size == after.st_size && before.st_mtim.tv_sec == after.st_mtim.tv_sec &&
+           before.st_mtim.tv_nsec == after.st_mtim.tv_nsec;
+}
+
 std::string temporaryName() {
-    static std::atomic<std::uint64_t> counter{std::random_device{}() |
-                                              (std::uint64_t{std::random_device{}()} << 32)};
+    // From the system each time: a process that was forked would go on with the numbers of the other one.
+    std::uint64_t number = 0;
+    if (::getrandom(&number, sizeof number, 0) != sizeof number) number = std::random_device{}();
     std::array<char, 32> digits{};
-    // Odd multiples keep names apart that are made one after the other.
-    const std::uint64_t number = counter.fetch_add(0x9E3779B97F4A7C15U, std::memory_order_relaxed);
     ::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
     return std::string(".korvex-") + digits.data() + ".part";
 }
@@ -81,18 +106,18 @@ int renameOntoNothing(EntryAt source, EntryAt destination) noexcept {
     return ::renameat(source.folder, source.name, destination.folder, destination.name) == 0 ? 0 : errno;
 }
 
-int FileTransfer::mayReplace(EntryAt destination) const {
+int FileTransfer::mayReplace(EntryAt destination, EntryKind by) const {
     struct ::stat status {};
     if (::fstatat(destination.folder, destination.name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return errno == ENOENT ? 0 : errno;
     }
-    if (S_ISDIR(status.st_mode)) return EEXIST;
-    if (policy_ == ReplaceAny) return 0;
-    // A link is as writable as what it leads to; one that leads nowhere is nothing that may be written.
-    const bool isLink = S_ISLNK(status.st_mode);
-    if (isLink && ::fstatat(destination.folder, destination.name, &status, 0) != 0) return EEXIST;
-    if (S_ISDIR(status.st_mode)) return EEXIST;
-    return isWritableFile(destination, status) ? 0 : EACCES;
+    if (S_ISLNK(status.st_mode)) {
+        if (by == EntryKind::link || policy_ == ReplaceAny) return 0;
+        // A link is as writable as what it leads to; one that leads nowhere is nothing that may be written.
+        if (::fstatat(destination.folder, destination.name, &status, 0) != 0) return EEXIST;
+    }
+    if (!S_ISREG(status.st_mode)) return EEXIST;
+    return policy_ == ReplaceAny || isWritableFile(destination, status) ? 0 : EACCES;
 }
 
 Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, off_t& bytes) {
@@ -119,37 +144,33 @@ Failure FileTransfer::copyFile(EntryAt source, int openFlags, EntryAt destinatio
     if (!S_ISREG(status.st_mode)) return {EOPNOTSUPP, sourceSide};
     bytes = status.st_size;
 
-    const FileDescriptor output(
-        ::openat(destination.folder, destination.name, createFlags, status.st_mode & 0777));
+    // Nobody else reads or writes it before it has its own permission bits.
+    FileDescriptor output(::openat(destination.folder, destination.name, createFlags, 0600));
     if (!output && errno == EEXIST) return replaceFile(input.get(), status, destination);
     if (!output) return {errno, destinationSide};
     RemovedUnlessKept created(destination);
-    if (const Failure failure = fill(input.get(), status, output.get())) return failure;
+    if (const Failure failure = fill(input.get(), status, output)) return failure;
     created.keep();
     return {};
 }
 
-/// Content and attributes. Which side failed cannot be told from a copy inside of the kernel; reading fails
-/// so rarely that the destination is named.
-Failure FileTransfer::fill(int source, const struct ::stat& status, int destination) {
-    if (const int systemError = copyContent(source, status, destination, abilities_)) {
+/// Content and attributes, to the point where the storage has confirmed them.
+Failure FileTransfer::fill(int source, const struct ::stat& status, FileDescriptor& destination) {
+    if (const Failure failure = copyContent(source, status, destination.get(), abilities_)) return failure;
+    if (const Failure failure = copyExtendedAttributes(source, destination.get(), abilities_)) return failure;
+    if (const int systemError = copyModeAndTimes(status, destination.get(), keepsOwner_)) {
         return {systemError, destinationSide};
     }
-    if (const int systemError = copyExtendedAttributes(source, destination, abilities_)) {
-        return {systemError, destinationSide};
-    }
-    const bool isModeSet = (status.st_mode & 07777 & (modeMask_ | 07000)) == 0;
-    return {copyModeAndTimes(status, destination, isModeSet), destinationSide};
+    return {destination.close(), destinationSide};
 }
 
 Failure FileTransfer::replaceFile(int source, const struct ::stat& status, EntryAt destination) {
     if (const int systemError = mayReplace(destination)) return {systemError, destinationSide};
     const std::string temporary = beside(destination, temporaryName());
-    const FileDescriptor output(
-        ::openat(destination.folder, temporary.c_str(), createFlags, status.st_mode & 0777));
+    FileDescriptor output(::openat(destination.folder, temporary.c_str(), createFlags, 0600));
     if (!output) return {errno, destinationSide};
     RemovedUnlessKept written({destination.folder, temporary.c_str()});
-    if (const Failure failure = fill(source, status, output.get())) return failure;
+    if (const Failure failure = fill(source, status, output)) return failure;
     if (::renameat(destination.folder, temporary.c_str(), destination.folder, destination.name) != 0) {
         return {errno == EISDIR || errno == ENOTEMPTY ? EEXIST : errno, destinationSide};
     }
@@ -169,7 +190,8 @@ Failure FileTransfer::copyLink(EntryAt source, EntryAt destination) {
         return {};
     }
     if (errno != EEXIST) return {errno, destinationSide};
-    if (const int systemError = mayReplace(destination)) return {systemError, destinationSide};
+    if (const int systemError = mayReplace(destination, EntryKind::link))
+        return {systemError, destinationSide};
     const std::string temporary = beside(destination, temporaryName());
     if (::symlinkat(target.c_str(), destination.folder, temporary.c_str()) != 0)
         return {errno, destinationSide};
@@ -189,22 +211,39 @@ Failure FileTransfer::copySpecial(EntryAt source, EntryAt destination) {
     if (::mknodat(destination.folder, destination.name, status.st_mode, status.st_rdev) != 0) {
         return {errno, destinationSide};
     }
-    ::fchmodat(destination.folder, destination.name, status.st_mode & 07777, 0);
+    ::fchmodat(destination.folder, destination.name, status.st_mode & 0777, AT_SYMLINK_NOFOLLOW);
     const struct timespec times[2] = {{0, UTIME_OMIT}, status.st_mtim};
     ::utimensat(destination.folder, destination.name, times, AT_SYMLINK_NOFOLLOW);
     return {};
 }
 
 Failure FileTransfer::copyAtomically(EntryAt source, EntryKind kind, EntryAt destination) {
-    if (const int systemError = mayReplace(destination)) return {systemError, destinationSide};
+    if (const int systemError = mayReplace(destination, kind)) return {systemError, destinationSide};
     const std::string temporary = beside(destination, temporaryName());
     const EntryAt written{destination.folder, temporary.c_str()};
     off_t bytes = 0;
     if (const Failure failure = copy(source, kind, written, bytes)) return failure;
-    if (::renameat(written.folder, written.name, destination.folder, destination.name) == 0) return {};
-    const int systemError = errno;
-    ::unlinkat(written.folder, written.name, 0);
-    return {systemError == EISDIR ? EEXIST : systemError, destinationSide};
+    RemovedUnlessKept removed(written);
+    if (::renameat(written.folder, written.name, destination.folder, destination.name) != 0) {
+        return {errno == EISDIR ? EEXIST : errno, destinationSide};
+    }
+    removed.keep();
+    return {};
+}
+
+Failure FileTransfer::move(EntryAt source, EntryKind kind, EntryAt destination) {
+    if (const int systemError = mayReplace(destination, kind)) return {systemError, destinationSide};
+    struct ::stat before {};
+    struct ::stat after {};
+    if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
+    if (::renameat(source.folder, source.name, destination.folder, destination.name) == 0) {
+        return {removeOtherName(source, destination), sourceSide};
+    }
+    if (errno != EXDEV) return {errno == EISDIR ? EEXIST : errno, destinationSide};
+    if (const Failure failure = copyAtomically(source, kind, destination)) return failure;
+    if (::fstatat(source.folder, source.name, &after, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
+    if (!isUnchanged(before, after)) return {EBUSY, sourceSide};
+    return {::unlinkat(source.folder, source.name, 0) == 0 ? 0 : errno, sourceSide};
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -11,17 +11,11 @@
 
 #include "platform/storage_vfs.h"
 #include "runtime/storage/providers/local/posix/file_content.h"
+#include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/folder_entries.h"
 #include "runtime/storage/providers/local/posix/folder_tree.h"
 
 namespace korvex::runtime::storage::posix {
-
-/// An errno and the side at which it came up; converts to true when there is one.
-struct Failure {
-    int systemError = 0;
-    Side side = sourceSide;
-    explicit operator bool() const noexcept { return systemError != 0; }
-};
 
 /// An entry, named relative to an open folder (or AT_FDCWD).
 struct EntryAt {
@@ -29,7 +23,10 @@ struct EntryAt {
     const char* name;
 };
 
-/// Names a temporary file of this program; unique in the process and, in all likelihood, beyond.
+/// The same file with the same size and time of last change.
+bool isUnchanged(const struct ::stat& before, const struct ::stat& after) noexcept;
+
+/// A name for a temporary file that, in all likelihood, nobody else has.
 std::string temporaryName();
 
 /// Transfers of entries under one policy. May be used by several threads at once.
@@ -37,7 +34,9 @@ class FileTransfer {
 public:
     using ReplacementPolicy = foundation::storage::provider::ReplacementPolicy;
 
-    explicit FileTransfer(ReplacementPolicy policy) : policy_(policy), modeMask_(fileModeMask()) {}
+    /// With `keepsOwner`, as a move does, the owner is kept as far as the process may.
+    explicit FileTransfer(ReplacementPolicy policy, bool keepsOwner = false)
+        : policy_(policy), keepsOwner_(keepsOwner) {}
 
     /// Copies an entry of a kind that is no folder; a link as a link. `bytes` is what was copied.
     Failure copy(EntryAt source, EntryKind kind, EntryAt destination, off_t& bytes);
@@ -47,20 +46,27 @@ public:
     /// Copies under a temporary name and renames, whatever stands there or not.
     Failure copyAtomically(EntryAt source, EntryKind kind, EntryAt destination);
 
-    /// Whether the policy lets the entry be replaced: 0 when it may or nothing is there, EEXIST, EACCES, ...
-    int mayReplace(EntryAt destination) const;
+    /// Moves by renaming, or by copying and removing where that cannot be. The source goes only when its copy
+    /// is whole and it is still what was copied; else EBUSY at the source, and both stay.
+    Failure move(EntryAt source, EntryKind kind, EntryAt destination);
+
+    /// Whether the policy lets an entry of that kind replace what stands there: 0 when it may or nothing is
+    /// there, EEXIST, EACCES, ... Folders, devices, pipes and sockets are never replaced; a link gives way to
+    /// a link.
+    int mayReplace(EntryAt destination, EntryKind by = EntryKind::file) const;
+    bool keepsOwner() const noexcept { return keepsOwner_; }
 
     CopyAbilities& abilities() noexcept { return abilities_; }
 
 private:
     Failure copyFile(EntryAt source, int openFlags, EntryAt destination, off_t& bytes);
-    Failure fill(int source, const struct ::stat& status, int destination);
+    Failure fill(int source, const struct ::stat& status, FileDescriptor& destination);
     Failure replaceFile(int source, const struct ::stat& status, EntryAt destination);
     Failure copyLink(EntryAt source, EntryAt destination);
     Failure copySpecial(EntryAt source, EntryAt destination);
 
     const ReplacementPolicy policy_;
-    const mode_t modeMask_;
+    const bool keepsOwner_;
     CopyAbilities abilities_;
 };
 

@@ -80,8 +80,8 @@ void FolderTree::forget(TreeFolder& folder) noexcept {
     }
 }
 
-/// Goes down from the nearest open folder above, on all sides at once, and keeps what it opens on the way: a walk
-/// that comes back up needs those next.
+/// Goes down from the nearest open folder above, on all sides at once, and keeps what it opens on the way: a
+/// walk that comes back up needs those next.
 int FolderTree::reopen(TreeFolder& folder) {
     std::vector<TreeFolder*> closed;
     TreeFolder* nearest = &folder;
@@ -90,7 +90,8 @@ int FolderTree::reopen(TreeFolder& folder) {
         if (!nearest->parent_) return EBADF;
     }
     // Folders are closed from the top down, so nothing on the way closes that is needed for the next one.
-    std::array<Handle, 2> above = {nearest->sides_[sourceSide].handle, nearest->sides_[destinationSide].handle};
+    std::array<Handle, 2> above = {nearest->sides_[sourceSide].handle,
+                                   nearest->sides_[destinationSide].handle};
     for (auto next = closed.rbegin(); next != closed.rend(); ++next) {
         for (const Side side : {sourceSide, destinationSide}) {
             TreeFolder::OpenSide& place = (*next)->sides_[side];

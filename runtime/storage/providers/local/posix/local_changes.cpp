@@ -121,6 +121,9 @@ void LocalProvider::removeFile(const AbsoluteIRI& file) {
 
 void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) {
     const Place place(folder);
+    // The system would refuse such a name in the end, but by then the folder it leads to would be empty.
+    const std::string name = place.lastComponent();
+    if (name == "." || name == "..") throw vfs::Exception(vfs::invalidLocation, folder, u"removing");
     struct ::stat status {};
     if (::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         raiseSystemError(errno, folder, u"removing");
@@ -143,6 +146,7 @@ void LocalProvider::createFolder(const AbsoluteIRI& folder) {
 }
 
 void LocalProvider::createFolderRecursive(const AbsoluteIRI& folder) {
+    (void)posix::nativePathOf(folder);  // what cannot be a name raises before anything is made
     std::vector<AbsoluteIRI> missing;
     AbsoluteIRI above = folder;
     while (extendedExistence(above) == provider::ExtendedNothing && above.hasParent()) {

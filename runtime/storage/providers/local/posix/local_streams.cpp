@@ -70,14 +70,18 @@ private:
 class LocalOutputStream : public OutputStream {
 public:
     LocalOutputStream(const AbsoluteIRI& location, ReplacementPolicy policy)
-        : location_(location), policy_(policy), final_(location), temporary_(final_, posix::temporaryName()) {
+        : location_(location),
+          policy_(policy),
+          final_(posix::behindLink(location)),
+          temporary_(final_, posix::temporaryName()) {
         raiseUnlessReplaceable();
         file_ = FileDescriptor(::openat(temporary_.folder(), temporary_.name(),
                                         O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+        isMade_ = static_cast<bool>(file_);
         if (!file_) raiseSystemError(errno, location_, u"writing");
     }
     ~LocalOutputStream() override {
-        if (file_) ::unlinkat(temporary_.folder(), temporary_.name(), 0);
+        if (isMade_) ::unlinkat(temporary_.folder(), temporary_.name(), 0);
     }
     LocalOutputStream(const LocalOutputStream&) = delete;
     LocalOutputStream& operator=(const LocalOutputStream&) = delete;
@@ -95,19 +99,26 @@ public:
 
     void commit() override {
         raiseUnlessReplaceable();
-        if (const int systemError = giveAttributes()) raiseSystemError(systemError, location_, u"writing");
+        int systemError = giveAttributes();
+        if (systemError == 0) systemError = file_.close();
+        if (systemError != 0) raiseSystemError(systemError, location_, u"writing");
         if (::renameat(temporary_.folder(), temporary_.name(), final_.folder(), final_.name()) != 0) {
             raiseSystemError(errno == EISDIR ? EEXIST : errno, location_, u"writing");
         }
-        file_ = FileDescriptor();
+        isMade_ = false;
     }
 
 private:
     int giveAttributes() const noexcept {
         struct ::stat status {};
         if (::fstat(file_.get(), &status) != 0) return errno;
-        const mode_t bits = status.st_mode & 07777;
-        if (attributes_.isWritable == false && ::fchmod(file_.get(), bits & ~mode_t{0222}) != 0) return errno;
+        // A file that is replaced hands its permission bits on: others must not come to read what they could
+        // not.
+        struct ::stat earlier {};
+        const bool isReplaced = ::fstatat(final_.folder(), final_.name(), &earlier, 0) == 0;
+        const mode_t bits = (isReplaced ? earlier.st_mode : status.st_mode) & 0777;
+        const mode_t wanted = attributes_.isWritable == false ? bits & ~mode_t{0222} : bits;
+        if (::fchmod(file_.get(), wanted) != 0) return errno;
         if (!attributes_.changed) return 0;
         const std::int64_t changed = attributes_.changed->time_since_epoch().count();
         const std::int64_t seconds = floorOfDivision(changed, nanosecondsInSecond);
@@ -127,6 +138,7 @@ private:
     const Place final_;
     const Place temporary_;
     FileDescriptor file_;
+    bool isMade_ = false;
     FileAttributes attributes_;
 };
 

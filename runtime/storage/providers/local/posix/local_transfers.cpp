@@ -8,15 +8,12 @@
 #include <string>
 #include <utility>
 
-#include "runtime/storage/location.h"
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_transfer.h"
-#include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
-#include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage {
 
@@ -46,19 +43,6 @@ void raiseIfFailed(const Failure& failure, const AbsoluteIRI& source, const Abso
 
 bool statusAt(const Place& place, int flags, struct ::stat& status) noexcept {
     return ::fstatat(place.folder(), place.name(), &status, flags) == 0;
-}
-
-/// Where a file is written that is sent onto a link to a file: what the link leads to is replaced, not the
-/// link.
-AbsoluteIRI behindLink(const AbsoluteIRI& location) {
-    const Place place(location);
-    struct ::stat status {};
-    const bool isLink = statusAt(place, AT_SYMLINK_NOFOLLOW, status) && S_ISLNK(status.st_mode);
-    if (!isLink || !statusAt(place, 0, status) || !S_ISREG(status.st_mode)) return location;
-    int systemError = 0;
-    const std::string path = posix::canonicalPath(posix::nativePathOf(location), systemError);
-    if (systemError != 0) return location;
-    return makeLocation(std::u16string(localScheme), std::u16string(), text::fromBytes(path));
 }
 
 FileDescriptor openForReading(const Place& place, int flags, const AbsoluteIRI& location,
@@ -113,52 +97,48 @@ const AbsoluteIRI& renameFailedAt(const Place& from, const AbsoluteIRI& source,
                      renameFailedAt(from, source, destination, systemError), moving);
 }
 
-/// A file, link or pipe between file systems: whole at its destination before it goes from its source.
-void moveEntryByCopying(LocalProvider& local, FileTransfer& transfer, EntryKind kind, const Place& from,
-                        const AbsoluteIRI& source, const Place& to, const AbsoluteIRI& destination) {
-    raiseIfFailed(transfer.copyAtomically(entryAt(from), kind, entryAt(to)), source, destination, moving);
-    local.removeFile(source);
+/// Removes what was made on the way to something that failed; what went wrong first is what is told.
+void undo(const Place& folder, const AbsoluteIRI& location) noexcept {
+    try {
+        posix::removeTreeContents({openForReading(folder, O_NOFOLLOW, location, moving), location},
+                                  posix::Interrupts::wait);
+        ::unlinkat(folder.folder(), folder.name(), AT_REMOVEDIR);
+    } catch (const std::exception&) {
+        // What cannot be removed stays under its temporary name.
+    }
 }
 
 /// Between file systems: the tree is copied under a temporary name, renamed, and only then removed at its
 /// source.
-void moveFolderByCopying(LocalProvider& local, const AbsoluteIRI& source, const Place& from,
-                         const AbsoluteIRI& destination, const Place& to, ReplacementPolicy policy) {
-    const std::string temporary = posix::temporaryName();
-    const Place staging(to, temporary);
-    const AbsoluteIRI stagingLocation(destination.getParent(), text::fromBytes(temporary));
+void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const AbsoluteIRI& destination,
+                         const Place& to, ReplacementPolicy policy) {
+    const Place staging(to, posix::temporaryName());
     if (::mkdirat(staging.folder(), staging.name(), 0700) != 0) raiseSystemError(errno, destination, moving);
     try {
         posix::copyTree({openForReading(from, O_NOFOLLOW, source, moving), source},
-                        {openForReading(staging, O_NOFOLLOW, destination, moving), destination}, true,
-                        policy);
+                        {openForReading(staging, O_NOFOLLOW, destination, moving), destination}, true, policy,
+                        true);
         const int systemError = posix::renameOntoNothing(entryAt(staging), entryAt(to));
         if (systemError != 0) raiseSystemError(systemError, destination, moving);
     } catch (...) {
-        local.removeFolder(stagingLocation, vfs::RemoveWithContents);
+        undo(staging, destination);
         throw;
     }
-    local.removeFolder(source, vfs::RemoveWithContents);
+    posix::removeCopiedContents({openForReading(from, O_NOFOLLOW, source, moving), source},
+                                {openForReading(to, O_NOFOLLOW, destination, moving), destination});
+    if (::unlinkat(from.folder(), from.name(), AT_REMOVEDIR) != 0) {
+        raiseSystemError(errno == ENOTEMPTY ? EBUSY : errno, source, moving);
+    }
 }
 
-/// Into a folder that exists: entry by entry, on one file system by renaming.
+/// Into a folder that exists, entry by entry.
 void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& from,
                  const AbsoluteIRI& destination, const Place& to, ReplacementPolicy policy) {
     FileDescriptor into(::openat(to.folder(), to.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!into) raiseSystemError(errno == ENOTDIR ? EEXIST : errno, destination, moving);
-    FileDescriptor out = openForReading(from, O_NOFOLLOW, source, moving);
-    struct ::stat sourceStatus {};
-    struct ::stat destinationStatus {};
-    if (::fstat(out.get(), &sourceStatus) != 0 || ::fstat(into.get(), &destinationStatus) != 0) {
-        raiseSystemError(errno, source, moving);
-    }
-    if (sourceStatus.st_dev == destinationStatus.st_dev) {
-        posix::moveTreeContents({std::move(out), source}, {std::move(into), destination}, policy);
-        local.removeFolder(source, vfs::RemoveEmptyFolder);
-        return;
-    }
-    posix::copyTree({std::move(out), source}, {std::move(into), destination}, false, policy);
-    local.removeFolder(source, vfs::RemoveWithContents);
+    posix::moveTreeContents({openForReading(from, O_NOFOLLOW, source, moving), source},
+                            {std::move(into), destination}, policy);
+    local.removeFolder(source, vfs::RemoveEmptyFolder);
 }
 
 }  // namespace
@@ -169,10 +149,11 @@ void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     ProgressCounter progress;
     progress.found(1, 0);
     const Place from(source);
-    const Place to(behindLink(destination));
+    const Place to(posix::behindLink(destination));
     FileTransfer transfer(policy);
     off_t bytes = 0;
     raiseIfFailed(transfer.copyFollowing(entryAt(from), entryAt(to), bytes), source, destination, copying);
+    progress.found(0, static_cast<std::uint64_t>(bytes));
     progress.finished(1, static_cast<std::uint64_t>(bytes), [&] { return source; });
 }
 
@@ -186,14 +167,14 @@ void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     struct ::stat status {};
     if (!statusAt(from, AT_SYMLINK_NOFOLLOW, status)) raiseSystemError(errno, source, moving);
     if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR, source, moving);
-    FileTransfer transfer(policy);
-    if (const int systemError = transfer.mayReplace(entryAt(to)))
-        raiseSystemError(systemError, destination, moving);
-    if (::renameat(from.folder(), from.name(), to.folder(), to.name()) != 0) {
-        if (errno != EXDEV) raiseRenameFailure(errno, from, source, destination);
-        const EntryKind kind = posix::kindOfMode(status.st_mode);
-        moveEntryByCopying(*this, transfer, kind, from, source, to, destination);
+    FileTransfer transfer(policy, true);
+    const Failure failure = transfer.move(entryAt(from), posix::kindOfMode(status.st_mode), entryAt(to));
+    if (failure && failure.side == posix::destinationSide) {
+        // The system does not say which of the two names it means.
+        raiseSystemError(failure.systemError, renameFailedAt(from, source, destination, failure.systemError),
+                         moving);
     }
+    raiseIfFailed(failure, source, destination, moving);
     progress.finished(1, 0, [&] { return source; });
 }
 
@@ -216,19 +197,22 @@ void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
     const Place to(destination);
     struct ::stat status {};
     if (!statusAt(from, AT_SYMLINK_NOFOLLOW, status)) raiseSystemError(errno, source, moving);
-    // A link to a folder moves as the link that it is.
-    if (S_ISLNK(status.st_mode)) return moveFile(source, destination, provider::ReplaceWritable);
-    if (!S_ISDIR(status.st_mode)) raiseSystemError(ENOTDIR, source, moving);
-    refuseOwnSubtree(*this, source, destination, moving);
+    const bool isLink = S_ISLNK(status.st_mode);
+    if (!isLink && !S_ISDIR(status.st_mode)) raiseSystemError(ENOTDIR, source, moving);
+    if (!isLink) refuseOwnSubtree(*this, source, destination, moving);
+
+    struct ::stat standing {};
+    const bool isTaken = statusAt(to, AT_SYMLINK_NOFOLLOW, standing);
+    const bool mayMerge = policy != provider::ReplaceWritable && !isLink && statusAt(to, 0, standing) &&
+                          S_ISDIR(standing.st_mode);
+    if (isTaken && !mayMerge) raiseSystemError(EEXIST, destination, moving);
+    if (isTaken) return mergeFolder(*this, source, from, destination, to, policy);
     const int systemError = posix::renameOntoNothing(entryAt(from), entryAt(to));
     if (systemError == 0) return;
-    if (systemError == EXDEV) {
-        moveFolderByCopying(*this, source, from, destination, to, policy);
-    } else if (systemError == EEXIST && policy != provider::ReplaceWritable) {
-        mergeFolder(*this, source, from, destination, to, policy);
-    } else {
-        raiseRenameFailure(systemError, from, source, destination);
-    }
+    if (systemError != EXDEV) raiseRenameFailure(systemError, from, source, destination);
+    if (!isLink) return moveFolderByCopying(source, from, destination, to, policy);
+    FileTransfer transfer(provider::ReplaceWritable, true);
+    raiseIfFailed(transfer.move(entryAt(from), EntryKind::link, entryAt(to)), source, destination, moving);
 }
 
 }  // namespace korvex::runtime::storage

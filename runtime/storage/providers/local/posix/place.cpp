@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/stat.h>
 
 #include "runtime/storage/location.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
@@ -47,5 +48,19 @@ Place::Place(const Place& other, const std::string& name) : folder_(other.folder
 }
 
 std::string Place::lastComponent() const { return name_.substr(name_.rfind('/') + 1); }
+
+vfs::AbsoluteIRI behindLink(const vfs::AbsoluteIRI& location) {
+    const Place place(location);
+    struct ::stat status {};
+    const bool isLink =
+        ::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+    if (!isLink) return location;
+    const bool leadsToFile =
+        ::fstatat(place.folder(), place.name(), &status, 0) == 0 && S_ISREG(status.st_mode);
+    int systemError = 0;
+    const std::string path = leadsToFile ? canonicalPath(nativePathOf(location), systemError) : std::string();
+    if (path.empty()) return location;
+    return makeLocation(std::u16string(localScheme), std::u16string(), text::fromBytes(path));
+}
 
 }  // namespace korvex::runtime::storage::posix

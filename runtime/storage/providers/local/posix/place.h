@@ -34,4 +34,8 @@ std::string nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location);
 /// The same without an exception: false, with `bytes` in an unspecified state.
 bool nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location, std::string& bytes);
 
+/// Where a file is written that is sent onto a link to a file: what the link leads to is replaced, not the
+/// link. Of any other location, the location itself.
+foundation::storage::vfs::AbsoluteIRI behindLink(const foundation::storage::vfs::AbsoluteIRI& location);
+
 }  // namespace korvex::runtime::storage::posix

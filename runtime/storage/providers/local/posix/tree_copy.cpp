@@ -23,17 +23,18 @@ constexpr const char16_t* context = u"copying";
 class TreeCopy : public TreeVisitor {
 public:
     TreeCopy(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination,
-             provider::ReplacementPolicy policy)
+             provider::ReplacementPolicy policy, bool keepsOwner)
         : source_(source),
           destination_(destination),
           mayMerge_(policy != provider::ReplaceWritable),
-          transfer_(policy) {}
+          transfer_(policy, keepsOwner) {}
 
     void walkFrom(OpenTree source, OpenTree destination, bool isNew) {
         TreeWalk walk(*this);
         tree_ = &walk.tree();
         const std::shared_ptr<TreeFolder> top = makeTop(walk, std::move(source.folder), source_);
         top->wasCreated = isNew;
+        if (::fstat(destination.folder.get(), &target_) != 0) raiseSystemError(errno, destination_, context);
         if (const int systemError = tree_->adopt(*top, destinationSide, std::move(destination.folder))) {
             raiseSystemError(systemError, destination_, context);
         }
@@ -45,6 +46,10 @@ public:
     bool enter(TreeFolder& folder) override {
         if (!folder.parent()) return true;
         if (const int systemError = tree_->open(folder, sourceSide)) fail({systemError, sourceSide}, folder);
+        // Reached by whatever way, the copy must not find itself.
+        const bool isDestination =
+            folder.status.st_dev == target_.st_dev && folder.status.st_ino == target_.st_ino;
+        if (isDestination) throw vfs::Exception(vfs::invalidLocation, destination_, context);
         makeDestination(folder);
         if (const int systemError = tree_->open(folder, destinationSide)) {
             // What stands there in the folder's place is a file or a link.
@@ -62,6 +67,7 @@ public:
         const Failure failure = transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
                                                {handles[destinationSide]->get(), entry.name.c_str()}, bytes);
         if (failure) raise(failure, locationIn(sideOf(failure), folder, entry.name));
+        progress_.found(0, static_cast<std::uint64_t>(bytes));
         progress_.finished(1, static_cast<std::uint64_t>(bytes),
                            [&] { return locationIn(source_, folder, entry.name); });
     }
@@ -72,10 +78,12 @@ public:
         int systemError = 0;
         const FolderTree::Handle destination = tree_->handle(folder, destinationSide, systemError);
         if (!destination) fail({systemError, destinationSide}, folder);
-        if (const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError)) {
-            systemError = copyExtendedAttributes(source->get(), destination->get(), transfer_.abilities());
-        }
-        if (systemError == 0) systemError = copyModeAndTimes(folder.status, destination->get(), false);
+        const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError);
+        if (!source) fail({systemError, sourceSide}, folder);
+        const Failure failure =
+            copyExtendedAttributes(source->get(), destination->get(), transfer_.abilities());
+        if (failure) fail(failure, folder);
+        systemError = copyModeAndTimes(folder.status, destination->get(), transfer_.keepsOwner());
         if (systemError != 0) fail({systemError, destinationSide}, folder);
         return true;
     }
@@ -105,6 +113,7 @@ private:
     const vfs::AbsoluteIRI source_;
     const vfs::AbsoluteIRI destination_;
     const bool mayMerge_;
+    struct ::stat target_ {};
     FileTransfer transfer_;
     ProgressCounter progress_;
     FolderTree* tree_ = nullptr;
@@ -112,8 +121,9 @@ private:
 
 }  // namespace
 
-void copyTree(OpenTree source, OpenTree destination, bool isNew, provider::ReplacementPolicy policy) {
-    TreeCopy copy(source.location, destination.location, policy);
+void copyTree(OpenTree source, OpenTree destination, bool isNew, provider::ReplacementPolicy policy,
+              bool keepsOwner) {
+    TreeCopy copy(source.location, destination.location, policy, keepsOwner);
     copy.walkFrom(std::move(source), std::move(destination), isNew);
 }
 

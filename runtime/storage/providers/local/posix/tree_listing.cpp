@@ -10,9 +10,9 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
-#include "runtime/storage/providers/local/posix/tree_failures.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/tree_failures.h"
 #include "runtime/storage/transfer_progress.h"
 #include "runtime/text/encoding.h"
 

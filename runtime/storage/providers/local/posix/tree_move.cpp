@@ -26,7 +26,7 @@ class TreeMove : public TreeVisitor {
 public:
     TreeMove(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination,
              provider::ReplacementPolicy policy)
-        : source_(source), destination_(destination), transfer_(policy) {}
+        : source_(source), destination_(destination), transfer_(policy, true) {}
 
     void walkFrom(OpenTree source, OpenTree destination) {
         TreeWalk walk(*this);
@@ -52,7 +52,9 @@ public:
         const char* const name = folder.name().c_str();
         systemError = renameOntoNothing({from->get(), name}, {to->get(), name});
         if (systemError == 0 || systemError == ENOENT) return false;
-        if (systemError != EEXIST) fail({systemError, destinationSide}, folder);
+        if (systemError == EXDEV) systemError = ::mkdirat(to->get(), name, 0700) == 0 ? 0 : errno;
+        folder.wasCreated = systemError == 0;
+        if (systemError != 0 && systemError != EEXIST) fail({systemError, destinationSide}, folder);
 
         systemError = tree_->open(folder, sourceSide);
         if (systemError != 0) fail({systemError, sourceSide}, folder);
@@ -68,12 +70,10 @@ public:
         progress_.found(1, 0);
         const EntryAt from{handles[sourceSide]->get(), entry.name.c_str()};
         const EntryAt to{handles[destinationSide]->get(), entry.name.c_str()};
-        int systemError = transfer_.mayReplace(to);
-        if (systemError == 0 && ::renameat(from.folder, from.name, to.folder, to.name) != 0)
-            systemError = errno;
-        if (systemError == EISDIR) systemError = EEXIST;
-        if (systemError != 0 && systemError != ENOENT) {
-            raiseSystemError(systemError, locationIn(destination_, folder, entry.name), context);
+        const Failure failure = transfer_.move(from, entry.kind, to);
+        if (failure && failure.systemError != ENOENT) {
+            const vfs::AbsoluteIRI& side = failure.side == sourceSide ? source_ : destination_;
+            raiseSystemError(failure.systemError, locationIn(side, folder, entry.name), context);
         }
         progress_.finished(1, 0, [&] { return locationIn(source_, folder, entry.name); });
     }
@@ -81,6 +81,7 @@ public:
     bool leave(TreeFolder& folder) override {
         if (!folder.parent()) return true;
         int systemError = 0;
+        if (folder.wasCreated) finishCreated(folder);
         const FolderTree::Handle above = tree_->handle(*folder.parent(), sourceSide, systemError);
         if (!above) fail({systemError, sourceSide}, folder);
         if (::unlinkat(above->get(), folder.name().c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT)
@@ -91,6 +92,19 @@ public:
     }
 
 private:
+    void finishCreated(TreeFolder& folder) {
+        int systemError = 0;
+        const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError);
+        if (!source) fail({systemError, sourceSide}, folder);
+        const FolderTree::Handle destination = tree_->handle(folder, destinationSide, systemError);
+        if (!destination) fail({systemError, destinationSide}, folder);
+        const Failure failure =
+            copyExtendedAttributes(source->get(), destination->get(), transfer_.abilities());
+        if (failure) fail(failure, folder);
+        systemError = copyModeAndTimes(folder.status, destination->get(), true);
+        if (systemError != 0) fail({systemError, destinationSide}, folder);
+    }
+
     [[noreturn]] void fail(const Failure& failure, const TreeFolder& folder) const {
         const vfs::AbsoluteIRI& side = failure.side == sourceSide ? source_ : destination_;
         raiseSystemError(failure.systemError, locationBelow(side, folder.relativePath()), context);

@@ -19,13 +19,21 @@ struct OpenTree {
 /// counterpart. `isNew` tells that `destination` was made for the purpose: it then gets the permission bits
 /// and times of `source`.
 void copyTree(OpenTree source, OpenTree destination, bool isNew,
-              foundation::storage::provider::ReplacementPolicy policy);
+              foundation::storage::provider::ReplacementPolicy policy, bool keepsOwner = false);
+
+/// Whether a pending interrupt stops a removal. The undoing of something that was interrupted must not be.
+enum class Interrupts { stop, wait };
 
 /// Removes what is in the folder, but not the folder.
-void removeTreeContents(OpenTree tree);
+void removeTreeContents(OpenTree tree, Interrupts interrupts = Interrupts::stop);
 
-/// Moves what is in `source` into `destination`, both on one file system; folders that do not exist there
-/// move as a whole. What remains of `source` is empty, the folder itself stays.
+/// Removes from `source` what stands in `copy` with the same size and time of last change. What does not,
+/// since it came or changed after it was copied, stays: `resourceInUse` at its location.
+void removeCopiedContents(OpenTree source, OpenTree copy);
+
+/// Moves what is in `source` into `destination`; folders that do not exist there move as a whole where they
+/// can. Between file systems each entry is copied whole before it goes. What remains of `source` is empty,
+/// the folder itself stays.
 void moveTreeContents(OpenTree source, OpenTree destination,
                       foundation::storage::provider::ReplacementPolicy policy);
 

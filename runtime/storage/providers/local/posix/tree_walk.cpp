@@ -2,6 +2,7 @@
 #include "runtime/storage/providers/local/posix/tree_walk.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -124,7 +125,10 @@ void TreeWalk::readFolder(const std::shared_ptr<TreeFolder>& folder) {
         }
         found.clear();
     }
-    if (systemError != 0) throw WalkFailure{systemError, sourceSide, folder->relativePath()};
+    // A folder that somebody has removed meanwhile has no entries any more.
+    if (systemError != 0 && systemError != ENOENT) {
+        throw WalkFailure{systemError, sourceSide, folder->relativePath()};
+    }
     visitEntries(*folder, handles, found);
 }
 
