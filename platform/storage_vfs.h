@@ -385,6 +385,7 @@ private:
 /// The native path of a local location. Of any other scheme, its path part.
 NativePath fromAbsoluteIRI(const AbsoluteIRI& location);
 
+std::ostream& operator<<(std::ostream& stream, const AbsoluteIRI& location);
 std::ostream& operator<<(std::ostream& stream, const File& file);
 std::ostream& operator<<(std::ostream& stream, const Folder& folder);
 

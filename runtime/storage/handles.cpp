@@ -70,12 +70,14 @@ NativePath fromAbsoluteIRI(const AbsoluteIRI& location) {
     return NativePath(paths::toNativePath(parts.host, parts.path, paths::nativeStyle));
 }
 
-std::ostream& operator<<(std::ostream& stream, const File& file) {
-    return stream << text::toDisplayBytes(file.getLocation().toString());
+std::ostream& operator<<(std::ostream& stream, const AbsoluteIRI& location) {
+    return stream << text::toDisplayBytes(location.toString());
 }
 
+std::ostream& operator<<(std::ostream& stream, const File& file) { return stream << file.getLocation(); }
+
 std::ostream& operator<<(std::ostream& stream, const Folder& folder) {
-    return stream << text::toDisplayBytes(folder.getLocation().toString());
+    return stream << folder.getLocation();
 }
 
 }  // namespace foundation::storage::vfs
