@@ -50,7 +50,7 @@ void mountDisk(fs::path& disk, const char* name, const char* options) {
 }
 
 void mountDisks() {
-    std::string pattern = (fs::temp_directory_path() / "korvex-safety-XXXXXX").string();
+    std::string pattern = (fs::temp_directory_path() / "korvex-safety-").string() + std::string(6, 'X');
     if (::mkdtemp(pattern.data()) == nullptr) fail("making a scratch folder");
     base = pattern;
     enterOwnNameSpace();

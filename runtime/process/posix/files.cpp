@@ -15,6 +15,9 @@
 namespace korvex::runtime::process {
 namespace {
 
+/// Six times the letter that the system replaces with one that makes the name new.
+const std::string unnamedEnding(6, 'X');
+
 [[noreturn]] void raiseSystemError(int error) {
     throw std::runtime_error(std::generic_category().message(error));
 }
@@ -24,7 +27,7 @@ namespace {
 std::u16string makeTemporaryFolder() {
     const char* const parent = std::getenv("TMPDIR");
     const bool isUsable = parent != nullptr && *parent == '/';
-    std::string path = std::string(isUsable ? parent : "/tmp") + "/kwsh-XXXXXX";
+    std::string path = std::string(isUsable ? parent : "/tmp") + "/kwsh-" + unnamedEnding;
     if (::mkdtemp(path.data()) == nullptr) raiseSystemError(errno);
     return text::fromBytes(path);
 }
