@@ -3,7 +3,8 @@
 // A location (`AbsoluteIRI`) is "scheme://host/path". Local files have the scheme "file". Its text
 // percent-encodes what cannot stand in it (blank, `%`, `?`, `#`, controls, bytes that are no valid UTF-8);
 // `getName` gives decoded text, and the constructor from parent and name encodes. A location carries no
-// separator at its end, but for a root; a web location keeps its path and query as they were typed. Locations are cheap to copy and may be shared between threads.
+// separator at its end, but for a root; a web location keeps its path and query as they were typed. Locations
+// are cheap to copy and may be shared between threads.
 #pragma once
 
 #include <boost/variant.hpp>
@@ -268,9 +269,12 @@ public:
     /// Copies the content, the permission bits, the time of last change and, where both sides have them, the
     /// extended attributes; a link is followed. What stands at the destination is replaced as the policy
     /// says, and stays whole until the copy is complete: a failure leaves the old file or none, never a part.
-    /// Raises `resourceAlreadyExists` when a folder stands there, `permissionDenied` at the destination for a
-    /// file that may not be replaced and at the source for one that may not be read, `resourceNotFound` when
-    /// the source or the destination's parent is not there, `readOnlyProvider`, `noSpaceLeft`, ...
+    /// A new file of more than 4096 bytes, or with holes, is written under a temporary name beside it and
+    /// gets its own, replacing nothing, when it is whole; a smaller one is made in place and written at once,
+    /// so that a kill leaves it whole, empty or not there. Raises `resourceAlreadyExists` when a folder
+    /// stands there, `permissionDenied` at the destination for a file that may not be replaced and at the
+    /// source for one that may not be read, `resourceNotFound` when the source or the destination's parent is
+    /// not there, `readOnlyProvider`, `noSpaceLeft`, ...
     void copyFile(const File& destination, const provider::ReplacementPolicy& policy) const;
     /// Moves the file, or the link, to the destination; a failure leaves the source whole. Raises as
     /// `copyFile`.

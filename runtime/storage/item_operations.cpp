@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/storage_vfs.h"
+#include "runtime/storage/location.h"
 #include "runtime/storage/storage_system.h"
 #include "runtime/storage/transfers.h"
 
@@ -99,8 +100,10 @@ FolderListing<ListEntry> Folder::listAll(std::u16string pattern) const {
     std::vector<storage::ListedEntry> found = folder.provider.list(folder.location, pattern);
     std::vector<ListEntry> entries;
     entries.reserve(found.size());
-    for (const storage::ListedEntry& entry : found) {
-        const AbsoluteIRI location(folder.location, entry.name);
+    for (storage::ListedEntry& entry : found) {
+        const AbsoluteIRI location = entry.found ? storage::foundLocation(folder.location, entry.name,
+                                                                          std::move(entry.found))
+                                                 : AbsoluteIRI(folder.location, entry.name);
         entries.emplace_back(entry.isFolder ? Item(Folder(location, storage_))
                                             : Item(File(location, storage_)));
     }

@@ -94,6 +94,18 @@ AbsoluteIRI makeLocation(std::u16string scheme, std::u16string host, std::u16str
         std::make_shared<const AbsoluteIRI::Parts>(std::move(scheme), std::move(host), std::move(path)));
 }
 
+AbsoluteIRI foundLocation(const AbsoluteIRI& folder, const std::u16string& name,
+                          std::shared_ptr<const FoundPlace> found) {
+    const AbsoluteIRI::Parts& above = folder.parts();
+    std::u16string path;
+    path.reserve(above.path.size() + 1 + name.size());
+    path = above.path;
+    if (path.back() != u'/') path += u'/';
+    path += name;
+    return AbsoluteIRI(std::make_shared<const AbsoluteIRI::Parts>(above.scheme, above.host, std::move(path),
+                                                                  std::move(found)));
+}
+
 std::u16string encodePath(std::u16string_view path) {
     std::u16string text;
     text.reserve(path.size());
@@ -201,8 +213,12 @@ std::u16string textOf(const AbsoluteIRI::Parts& parts) {
 
 }  // namespace
 
-AbsoluteIRI::Parts::Parts(std::u16string schemeText, std::u16string hostText, std::u16string pathText)
-    : scheme(std::move(schemeText)), host(std::move(hostText)), path(std::move(pathText)) {}
+AbsoluteIRI::Parts::Parts(std::u16string schemeText, std::u16string hostText, std::u16string pathText,
+                          std::shared_ptr<const FoundPlace> foundPlace)
+    : scheme(std::move(schemeText)),
+      host(std::move(hostText)),
+      path(std::move(pathText)),
+      found(std::move(foundPlace)) {}
 
 const std::u16string& AbsoluteIRI::Parts::text() const {
     std::call_once(text_.made, [this] { text_.value = textOf(*this); });

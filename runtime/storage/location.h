@@ -1,6 +1,7 @@
 // The components behind a location's text, and the rules by which text and components turn into each other.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -8,11 +9,25 @@
 
 #include "platform/storage_vfs.h"
 
+namespace korvex::runtime::storage {
+
+/// Where a provider found an item when it listed a folder, beyond the path: what is done to the item happens
+/// there, whatever stands on the way to it by then. The provider's own.
+class FoundPlace {
+public:
+    virtual ~FoundPlace() = default;
+};
+
+}  // namespace korvex::runtime::storage
+
 namespace foundation::storage::vfs {
 
 /// What a location consists of. Immutable; text and name are made when first asked for, by any thread.
 struct AbsoluteIRI::Parts {
-    Parts(std::u16string scheme, std::u16string host, std::u16string path);
+    using FoundPlace = korvex::runtime::storage::FoundPlace;
+
+    Parts(std::u16string scheme, std::u16string host, std::u16string path,
+          std::shared_ptr<const FoundPlace> found = nullptr);
 
     /// In small letters.
     const std::u16string scheme;
@@ -21,6 +36,11 @@ struct AbsoluteIRI::Parts {
     /// Begins with "/", separated by "/" on every platform, without a separator at its end but for the root.
     /// Decoded, `.` and `..` as they are. Of a web location: encoded, with its query, as it was typed.
     const std::u16string path;
+    /// Null but for what a listing gave. No part of what the location says.
+    const std::shared_ptr<const FoundPlace> found;
+    /// The provider has told that a folder stands there, and no link: from then on this location is not
+    /// entered through a link that somebody puts in its place.
+    mutable std::atomic<bool> isKnownFolder{false};
 
     const std::u16string& text() const;
     const std::u16string& name() const;
@@ -47,6 +67,10 @@ bool isWebScheme(std::u16string_view scheme) noexcept;
 
 /// A location from its components, without any check of theirs. The path may be native text of a POSIX path.
 AbsoluteIRI makeLocation(std::u16string scheme, std::u16string host, std::u16string path);
+
+/// The item of that name in a folder that was listed.
+AbsoluteIRI foundLocation(const AbsoluteIRI& folder, const std::u16string& name,
+                          std::shared_ptr<const FoundPlace> found);
 
 /// Percent-encodes what cannot stand in a location's text: blank, `%`, `?`, `#`, controls, and units that
 /// stand for undecodable bytes.

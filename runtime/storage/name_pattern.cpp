@@ -1,7 +1,22 @@
 // Wildcard patterns over names.
 #include "runtime/storage/name_pattern.h"
 
+#include <unicode/uchar.h>
+
 namespace korvex::runtime::storage {
+
+namespace {
+
+char16_t capitalOf(char16_t unit) noexcept { return static_cast<char16_t>(u_toupper(unit)); }
+
+}  // namespace
+
+NamePattern::NamePattern(std::u16string_view pattern, paths::PathStyle style)
+    : style_(style), pattern_(pattern) {
+    if (style != paths::PathStyle::windows) return;
+    for (char16_t& unit : pattern_)
+        unit = capitalOf(unit);
+}
 
 bool NamePattern::matches(std::u16string_view name) const noexcept {
     if (pattern_.empty()) return true;
@@ -15,7 +30,7 @@ bool NamePattern::matches(std::u16string_view name) const noexcept {
             lastStar = inPattern++;
             starTakesTo = inName;
         } else if (inPattern < pattern_.size() &&
-                   (pattern_[inPattern] == u'?' || pattern_[inPattern] == name[inName])) {
+                   (pattern_[inPattern] == u'?' || isSame(pattern_[inPattern], name[inName]))) {
             ++inPattern;
             ++inName;
         } else if (lastStar != std::u16string::npos) {
@@ -26,6 +41,10 @@ bool NamePattern::matches(std::u16string_view name) const noexcept {
         }
     }
     return pattern_.find_first_not_of(u'*', inPattern) == std::u16string::npos;
+}
+
+bool NamePattern::isSame(char16_t inPattern, char16_t inName) const noexcept {
+    return inPattern == (style_ == paths::PathStyle::windows ? capitalOf(inName) : inName);
 }
 
 }  // namespace korvex::runtime::storage

@@ -44,4 +44,6 @@ void Provider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy) { re
 void Provider::createFolder(const AbsoluteIRI& folder) { refuseToWrite(folder); }
 void Provider::createFolderRecursive(const AbsoluteIRI& folder) { refuseToWrite(folder); }
 
+void Provider::makeDurable(const AbsoluteIRI&) {}
+
 }  // namespace korvex::runtime::storage

@@ -30,15 +30,21 @@ using foundation::storage::vfs::AbsoluteIRI;
 using foundation::storage::vfs::CanonicalAbsoluteIRI;
 using foundation::storage::vfs::FolderRemovalPolicy;
 
+class FoundPlace;
+
 /// One name in a folder. A link to a folder counts as a folder.
 struct ListedEntry {
     std::u16string name;
     bool isFolder = false;
+    /// Where the provider keeps more of the folder than its path; then `name` is one path component.
+    std::shared_ptr<const FoundPlace> found = nullptr;
 };
 
 /// What is known of a file beside its content, and what a copy keeps of it.
 struct FileAttributes {
     std::optional<std::uint64_t> size = std::nullopt;
+    /// A time of last change that does not fit, before 1678 or after 2261, is the first or last one that
+    /// does.
     std::optional<std::chrono::sys_time<std::chrono::nanoseconds>> changed = std::nullopt;
     /// Whether its write bits are not all clear.
     std::optional<bool> isWritable = std::nullopt;
@@ -112,6 +118,10 @@ public:
     virtual void removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy);
     virtual void createFolder(const AbsoluteIRI& folder);
     virtual void createFolderRecursive(const AbsoluteIRI& folder);
+
+    /// Returns when what was written so far at and below the location, its name included, outlives a loss of
+    /// power. By default nothing is to be done for that. A move calls it before it removes the source.
+    virtual void makeDurable(const AbsoluteIRI& location);
 };
 
 }  // namespace korvex::runtime::storage

@@ -1,8 +1,9 @@
 // How a transfer or removal tells how far it is, and how it notices that the user wants it to stop.
 //
-// A host sets an observer; without one nothing is counted. Between files the storage layer looks at the
-// pending-interrupt flag (runtime/interpreter/interrupts.h): it stops there, leaves no file in part, and
-// raises `vfs::Exception` with `unknownError` and the context "interrupted". The flag stays pending.
+// A host sets an observer; without one nothing is counted. Between files, and on the way through a large one,
+// the storage layer looks at the pending-interrupt flag (runtime/interpreter/interrupts.h): it stops there,
+// leaves no file in part, and raises `vfs::Exception` with `unknownError` and the context "interrupted". The
+// flag stays pending.
 #pragma once
 
 #include <atomic>
@@ -15,13 +16,14 @@
 
 namespace korvex::runtime::storage {
 
-/// How far a transfer or removal is. What is known grows while folders are looked into.
+/// How far a transfer or removal is. What is known grows while folders are looked into. Of a large file it is
+/// told on the way, in steps of some MiB.
 struct Progress {
     std::uint64_t itemsDone = 0;
     std::uint64_t itemsKnown = 0;
     std::uint64_t bytesDone = 0;
     std::uint64_t bytesKnown = 0;
-    /// What was finished last.
+    /// What was finished last, or the large file under way.
     foundation::storage::vfs::AbsoluteIRI location;
 };
 
@@ -47,6 +49,8 @@ class ProgressCounter {
 public:
     ProgressCounter();
 
+    /// Whether somebody wants to know.
+    bool isWatched() const noexcept { return observer_ != nullptr; }
     void found(std::uint64_t items, std::uint64_t bytes) noexcept;
     /// Makes the location only when somebody wants to know.
     template <class MakeLocation>

@@ -87,12 +87,13 @@ TEST_P(Interrupted, AMergingMoveLosesNothing) {
     EXPECT_EQ(wholeFilesIn(u"target"), files);
 }
 
-TEST_P(Interrupted, APendingInterruptKeepsATransferFromBeginning) {
+TEST_P(Interrupted, APendingInterruptKeepsEverythingFromBeginning) {
     runtime::interpreter::raiseInterrupt();
     expectInterrupted([&] { copyFile(u"source/d/f", u"copy", ReplaceWritable); });
     expectInterrupted([&] { moveFile(u"source/d/f", u"moved", ReplaceWritable); });
     expectInterrupted([&] { copyFolder(u"source", u"copy", ReplaceWritable); });
     expectInterrupted([&] { moveFolder(u"source", u"moved", ReplaceWritable); });
+    expectInterrupted([&] { folderHandle(u"source").removeFolder(vfs::RemoveWithContents); });
     runtime::interpreter::takeInterrupt();
     expectNothing(u"copy");
     expectNothing(u"moved");

@@ -9,6 +9,7 @@
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/text/encoding.h"
 #include "tests/contract/provider_under_test.h"
+#include "tests/support/posix/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 
 namespace korvex::tests {
@@ -20,7 +21,10 @@ std::filesystem::path nativePath(const std::u16string& text) { return runtime::t
 
 class LocalProviderUnderTest : public ProviderUnderTest {
 public:
-    LocalProviderUnderTest() { system_->add(u"file", std::make_shared<runtime::storage::LocalProvider>()); }
+    LocalProviderUnderTest() {
+        std::filesystem::permissions(folder_.path(), std::filesystem::perms::all);
+        system_->add(u"file", std::make_shared<runtime::storage::LocalProvider>());
+    }
 
     vfs::StorageSystemReference storage() const override { return vfs::StorageSystemReference(system_); }
     AbsoluteIRI root() const override { return AbsoluteIRI(u"file:///"); }
@@ -65,10 +69,20 @@ private:
     std::shared_ptr<vfs::StorageSystem> system_ = std::make_shared<vfs::StorageSystem>();
 };
 
+class LocalProviderOfOrdinaryUser : public LocalProviderUnderTest {
+private:
+    // Behind the folder, which the process's own user makes and takes away.
+    const OrdinaryUser user_;
+};
+
 }  // namespace
 
 std::unique_ptr<ProviderUnderTest> makeLocalProviderUnderTest() {
     return std::make_unique<LocalProviderUnderTest>();
+}
+
+std::unique_ptr<ProviderUnderTest> makeLocalProviderOfOrdinaryUserUnderTest() {
+    return std::make_unique<LocalProviderOfOrdinaryUser>();
 }
 
 }  // namespace korvex::tests

@@ -103,6 +103,8 @@ protected:
 };
 
 std::unique_ptr<ProviderUnderTest> makeLocalProviderUnderTest();
+/// The same for a process that is not the superuser.
+std::unique_ptr<ProviderUnderTest> makeLocalProviderOfOrdinaryUserUnderTest();
 std::unique_ptr<ProviderUnderTest> makeMemoryProviderUnderTest();
 /// The same behind a provider that only watches, and one that does what is done to folders item by item.
 std::unique_ptr<ProviderUnderTest> makeWatchedLocalProviderUnderTest();

@@ -13,10 +13,12 @@ constexpr Abilities readingOfFilesOnly{
     .hasFolders = false, .hasLinks = false, .canList = false, .canWrite = false, .guardsFolders = false};
 
 constexpr Abilities ofDisk{.guardsFolders = false};
+constexpr Abilities ofOrdinaryUser{};
 constexpr Abilities ofMemory{.hasLinks = false};
 
 constexpr ProviderCase providerCases[] = {
     {"file", ofDisk, makeLocalProviderUnderTest},
+    {"file_of_ordinary_user", ofOrdinaryUser, makeLocalProviderOfOrdinaryUserUnderTest},
     {"memory", ofMemory, makeMemoryProviderUnderTest},
     {"file_watched", ofDisk, makeWatchedLocalProviderUnderTest},
     {"memory_watched", ofMemory, makeWatchedMemoryProviderUnderTest},

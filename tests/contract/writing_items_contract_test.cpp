@@ -65,6 +65,41 @@ TEST_P(WritingItems, WhatStandsInTheWayOfANewFolderIsNamed) {
     EXPECT_THAT(tree(u""), ElementsAre("one/", "one/file=content"));
 }
 
+TEST_P(WritingItems, ALocationThatGoesUpAgainIsWhatItLeadsTo) {
+    provider_->makeFile(u"x/inner/file", "content");
+    EXPECT_THAT(listed(u"x/inner/..", u""), ElementsAre(u"inner"));
+    expectError(vfs::resourceAlreadyExists, u"x/..", [&] { folderHandle(u"x/..").createFolder(); });
+    folderHandle(u"x/../new").createFolder();
+    fileHandle(u"x/inner/../../x/inner/file").copyFile(fileHandle(u"x/../new/copy"), ReplaceWritable);
+    fileHandle(u"new/../new/copy").moveFile(fileHandle(u"x/../new/./moved"), ReplaceWritable);
+    EXPECT_THAT(tree(u"new"), ElementsAre("moved=content"));
+    fileHandle(u"x/../new/moved").removeFile();
+    folderHandle(u"x/../new").removeFolder(vfs::RemoveEmptyFolder);
+    expectNothing(u"new");
+}
+
+TEST_P(WritingItems, WhatALocationThatGoesUpLeadsToIsNeitherRemovedNorMoved) {
+    provider_->makeFile(u"x/inner/file", "content");
+    provider_->makeFolder(u"taken");
+    const auto before = tree(u"");
+    for (const std::u16string path : {u"x/inner/..", u"x/."}) {
+        for (const auto policy : {vfs::RemoveEmptyFolder, vfs::RemoveWithContents})
+            expectError(vfs::invalidLocation, path, [&] { folderHandle(path).removeFolder(policy); });
+        for (const std::u16string target : {u"new", u"taken"})
+            expectError(vfs::invalidLocation, path, [&] { moveFolder(path, target, MergeFolder); });
+    }
+    expectError(vfs::invalidLocation, u"x/new",
+                [&] { folderHandle(u"x/inner/..").copyFolder(folderHandle(u"x/new"), MergeFolder); });
+    EXPECT_EQ(tree(u""), before);
+}
+
+TEST_P(WritingItems, NothingGoesUpFromWhatIsNotAFolder) {
+    provider_->makeFile(u"file", "content");
+    for (const std::u16string path : {u"file/../new", u"absent/../new"})
+        expectError(vfs::resourceNotFound, path, [&] { folderHandle(path).createFolder(); });
+    EXPECT_THAT(tree(u""), ElementsAre("file=content"));
+}
+
 TEST_P(WritingItems, AnyNameMayBeGivenToAFolder) {
     const std::u16string name{u'%', char16_t{0xDCE4}, u'?', u' '};
     folderHandle(name).createFolder();
@@ -221,8 +256,20 @@ TEST_P(WritingProtectedFolders, NothingIsReplaced) {
 }
 
 TEST_P(WritingProtectedFolders, NothingIsTakenOut) {
-    expectDenied(u"locked", [&] { fileHandle(u"locked/file").removeFile(); });
-    expectDenied(u"locked", [&] { moveFile(u"locked/file", u"new", ReplaceWritable); });
+    expectDenied(u"locked/file", [&] { fileHandle(u"locked/file").removeFile(); });
+    expectDenied(u"locked/inner", [&] { moveFolder(u"locked/inner", u"new", ReplaceWritable); });
+    for (const ReplacementPolicy policy : allPolicies)
+        expectDenied(u"locked/file", [&] { moveFile(u"locked/file", u"new", policy); });
+}
+
+TEST_P(WritingProtectedFolders, AFolderInsideIsNotRemoved) {
+    provider_->makeFolder(u"outer/closed/empty");
+    folderHandle(u"outer/closed").setWritable(false);
+    expectDenied(u"outer/closed/empty",
+                 [&] { folderHandle(u"outer").removeFolder(vfs::RemoveWithContents); });
+    EXPECT_EQ(existence(u"outer/closed/empty"), provider::AsFolder);
+    folderHandle(u"outer/closed").setWritable(true);
+    folderHandle(u"outer").removeFolder(vfs::RemoveWithContents);
 }
 
 TEST_P(WritingProtectedFolders, WhatIsInAFolderInsideMayChange) {

@@ -116,5 +116,21 @@ TEST_P(WritingMerges, AFolderMayGoIntoTheOneAboveIt) {
     EXPECT_THAT(tree(u"outer"), ElementsAre("file=content", "neighbour=content"));
 }
 
+TEST_P(WritingMerges, AFolderThatWouldHaveToStayAndGoIsLeftWhereItIs) {
+    provider_->makeFile(u"outer/inner/a", "content");
+    provider_->makeFile(u"outer/inner/inner/deep/file", "content");
+    provider_->makeFile(u"outer/inner/outer/inner/file", "content");
+    const auto before = tree(u"");
+    for (const ReplacementPolicy policy : mergingPolicies) {
+        expectError(vfs::invalidLocation, u"outer/inner",
+                    [&] { moveFolder(u"outer/inner", u"outer", policy); });
+        expectError(vfs::invalidLocation, u"outer/../outer/inner",
+                    [&] { moveFolder(u"outer/./inner", u"outer/../outer", policy); });
+        // Further down the two would meet as well.
+        expectError(vfs::invalidLocation, u"outer/inner", [&] { moveFolder(u"outer/inner", u"", policy); });
+    }
+    EXPECT_EQ(tree(u""), before);
+}
+
 }  // namespace
 }  // namespace korvex::tests

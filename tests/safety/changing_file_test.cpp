@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <fstream>
 #include <functional>
 #include <thread>
 
@@ -50,6 +51,114 @@ TEST_F(ChangingFileTest, FileThatGrowsAndShrinksIsCopiedAsFarAsItGoes) {
                       fileAt(source_).copyFile(fileAt(target_), provider::ReplaceAny);
                       EXPECT_LE(fs::file_size(target_), 3'000'000U);
                   });
+}
+
+TEST_F(ChangingFileTest, FileWithHolesThatGrowsAndShrinksIsCopiedAsFarAsItGoes) {
+    constexpr off_t sizes[] = {0, 5'000, 40'000'000, 90'000'000};
+    writeContent(source_, std::string(5'000, 's'));
+    std::size_t next = 0;
+    const auto change = [&] {
+        const off_t size = sizes[++next % std::size(sizes)];
+        ::truncate(source_.c_str(), size);
+        if (size > 5'000) std::fstream(source_).seekp(size / 2).write("data", 4);
+    };
+    whileChanging(change, [&] {
+        fileAt(source_).copyFile(fileAt(target_), provider::ReplaceAny);
+        EXPECT_LE(fs::file_size(target_), 90'000'000U);
+    });
+    ::truncate(source_.c_str(), 90'000'000);
+    fileAt(source_).copyFile(fileAt(target_), provider::ReplaceAny);
+    EXPECT_EQ(contentOf(target_), contentOf(source_));
+}
+
+/// Of a file that only grows a copy is what it was at some moment: the same bytes as far as they go, no
+/// others.
+class GrowingFileTest : public ChangingFileTest {
+protected:
+    static constexpr std::size_t most = 3'000'000;
+    static constexpr std::size_t piece = 7'919;
+
+    /// Appends with a hole of `hole` bytes in front of each piece; a new file takes the place of a large one.
+    void copyWhileAppending(off_t hole) {
+        writeContent(source_, "");
+        off_t size = 0;
+        std::atomic<int> appended{0};
+        const auto append = [&] {
+            if (size > static_cast<off_t>(most)) {
+                writeContent(folder_ / "next", "");
+                fs::rename(folder_ / "next", source_);
+                size = 0;
+            }
+            std::fstream(source_, std::ios::in | std::ios::out | std::ios::binary).seekp(size + hole)
+                << std::string(piece, 'a');
+            size += hole + static_cast<off_t>(piece);
+            ++appended;
+        };
+        whileChanging(append, [&] {
+            for (const int seen = appended.load(); appended.load() == seen;)
+                std::this_thread::yield();
+            fileAt(source_).copyFile(fileAt(target_), provider::ReplaceAny);
+            expectPrefix(static_cast<std::size_t>(hole));
+        });
+    }
+
+    void expectPrefix(std::size_t hole) const {
+        const std::string copied = contentOf(target_);
+        std::string expected;
+        while (expected.size() < copied.size())
+            expected.append(hole, '\0').append(piece, 'a');
+        expected.resize(copied.size());
+        // Without the contents, which are megabytes.
+        EXPECT_TRUE(copied == expected) << copied.size() << " bytes";
+    }
+};
+
+TEST_F(GrowingFileTest, CopyOfAFileThatIsAppendedToIsABeginningOfIt) { copyWhileAppending(0); }
+
+TEST_F(GrowingFileTest, CopyOfAFileWithHolesThatIsAppendedToIsABeginningOfIt) {
+    copyWhileAppending(64 << 10);
+}
+
+TEST_F(ChangingFileTest, MovedFileThatIsWrittenToIsNeverLost) {
+    const fs::path moved = otherDisk() / "moved";
+    const std::string content(300'000, 'm');
+    // Somebody who replaces the file as a whole wherever it still is.
+    const auto change = [&] {
+        writeContent(folder_ / "next", content);
+        std::error_code ignored;
+        if (fs::exists(source_)) fs::rename(folder_ / "next", source_, ignored);
+    };
+    writeContent(source_, content);
+    whileChanging(change, [&] {
+        const int code = codeRaisedBy([&] { fileAt(source_).moveFile(fileAt(moved), provider::ReplaceAny); });
+        EXPECT_TRUE(code == -1 || code == vfs::resourceInUse) << code;
+        EXPECT_EQ(contentOf(moved), content);
+        if (!fs::exists(source_)) writeContent(source_, content);
+    });
+    fs::remove(moved);
+}
+
+TEST_F(ChangingFileTest, TreeThatTwoRemoveAtATimeIsGone) {
+    const fs::path tree = folder_ / "tree";
+    for (int round = repetitions("KORVEX_SAFETY_ROUNDS", usualRounds); round > 0; --round) {
+        for (int file = 0; file < 300; ++file) {
+            const fs::path inner = tree / std::to_string(file % 7) / std::to_string(file % 3);
+            fs::create_directories(inner);
+            writeContent(inner / std::to_string(file), "x");
+        }
+        int codes[2] = {};
+        const auto remove = [&](int& code) {
+            code = codeRaisedBy([&] { folderAt(tree).removeFolder(vfs::RemoveWithContents); });
+        };
+        std::thread other([&] { remove(codes[1]); });
+        remove(codes[0]);
+        other.join();
+        EXPECT_FALSE(fs::exists(tree));
+        EXPECT_TRUE(codes[0] == -1 || codes[1] == -1);
+        for (const int code : codes) {
+            EXPECT_TRUE(code == -1 || code == vfs::resourceNotFound) << code;
+        }
+    }
 }
 
 TEST_F(ChangingFileTest, FileThatComesAndGoesIsCopiedWholeOrNotFound) {

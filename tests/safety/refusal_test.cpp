@@ -3,7 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <functional>
+
 #include "tests/safety/own_mounts.h"
+#include "tests/support/posix/ordinary_user.h"
 
 namespace korvex::tests {
 namespace {
@@ -69,6 +72,27 @@ TEST_F(RefusalTest, FolderThatDoesNotFitStaysWholeAtItsSource) {
     EXPECT_EQ(entriesIn(smallDisk()), 0);
 }
 
+TEST_F(RefusalTest, MergeThatDoesNotFitTakesNothingFromItsSource) {
+    fs::create_directories(work_ / "folder" / "inner");
+    fs::create_directories(smallDisk() / "folder" / "inner");
+    for (const char* name : {"a", "inner/a", "z"})
+        writeContent(work_ / "folder" / name, "content");
+    writeContent(work_ / "folder" / "inner" / "large", large);
+    fs::path where;
+    EXPECT_EQ(codeRaisedBy(
+                  [&] {
+                      folderAt(work_ / "folder")
+                          .moveFolder(folderAt(smallDisk() / "folder"), provider::MergeFolder);
+                  },
+                  &where),
+              vfs::noSpaceLeft);
+    EXPECT_EQ(where, smallDisk() / "folder" / "inner" / "large");
+    for (const char* name : {"a", "inner/a", "z"})
+        EXPECT_EQ(contentOf(work_ / "folder" / name), "content");
+    EXPECT_EQ(contentOf(work_ / "folder" / "inner" / "large"), large);
+    EXPECT_FALSE(fs::exists(smallDisk() / "folder" / "inner" / "large"));
+}
+
 TEST_F(RefusalTest, CopyOfAFolderOntoAFullDiskLeavesNoFileInPart) {
     fs::create_directory(work_ / "folder");
     writeContent(work_ / "folder" / "large", large);
@@ -88,20 +112,102 @@ TEST_F(RefusalTest, ReadOnlyDiskIsAReadOnlyProvider) {
     setSmallDiskReadOnly(true);
     const vfs::File there = fileAt(smallDisk() / "there");
     const vfs::File little = fileAt(work_ / "little");
-    EXPECT_EQ(codeRaisedBy([&] { little.copyFile(fileAt(smallDisk() / "new"), provider::ReplaceWritable); }),
-              vfs::readOnlyProvider);
-    EXPECT_EQ(codeRaisedBy([&] { little.copyFile(there, provider::ReplaceAny); }), vfs::readOnlyProvider);
-    EXPECT_EQ(codeRaisedBy([&] { little.moveFile(fileAt(smallDisk() / "new"), provider::ReplaceAny); }),
-              vfs::readOnlyProvider);
-    EXPECT_EQ(codeRaisedBy([&] { there.removeFile(); }), vfs::readOnlyProvider);
-    EXPECT_EQ(codeRaisedBy([&] { folderAt(smallDisk() / "folder").removeFolder(vfs::RemoveWithContents); }),
-              vfs::readOnlyProvider);
-    EXPECT_EQ(codeRaisedBy([&] { folderAt(smallDisk() / "new").createFolder(); }), vfs::readOnlyProvider);
-    EXPECT_EQ(codeRaisedBy([&] { there.setWritable(false); }), vfs::readOnlyProvider);
+    const vfs::Folder folder = folderAt(smallDisk() / "folder");
+    const fs::path added = smallDisk() / "new";
+    struct Refusal {
+        std::function<void()> operation;
+        fs::path expected;
+    };
+    const Refusal refusals[] = {
+        {[&] { little.copyFile(fileAt(added), provider::ReplaceWritable); }, added},
+        {[&] { little.moveFile(fileAt(added), provider::ReplaceAny); }, added},
+        {[&] { little.copyFile(there, provider::ReplaceAny); }, smallDisk() / "there"},
+        {[&] { folderAt(work_).copyFolder(folderAt(added), provider::ReplaceWritable); }, added},
+        {[&] { folderAt(work_).moveFolder(folderAt(added), provider::MergeFolder); }, added},
+        {[&] { there.removeFile(); }, smallDisk() / "there"},
+        {[&] { folder.removeFolder(vfs::RemoveWithContents); }, smallDisk() / "folder"},
+        {[&] { folderAt(added).createFolder(); }, added},
+        {[&] { there.setWritable(false); }, smallDisk() / "there"},
+    };
+    for (const Refusal& refusal : refusals) {
+        fs::path where;
+        EXPECT_EQ(codeRaisedBy(refusal.operation, &where), vfs::readOnlyProvider) << refusal.expected;
+        EXPECT_EQ(where, refusal.expected);
+    }
     EXPECT_FALSE(vfs::isWritable(there));
     setSmallDiskReadOnly(false);
     EXPECT_EQ(contentOf(smallDisk() / "there"), "old");
     EXPECT_EQ(contentOf(work_ / "little"), "little");
+}
+
+TEST_F(RefusalTest, WhatCannotLeaveIsNotCopied) {
+    fs::create_directories(smallDisk() / "folder");
+    writeContent(smallDisk() / "folder" / "file", "content");
+    fs::create_directory(work_ / "taken");
+    setSmallDiskReadOnly(true);
+    const vfs::Folder folder = folderAt(smallDisk() / "folder");
+    const vfs::File file = fileAt(smallDisk() / "folder" / "file");
+    fs::path where;
+    EXPECT_EQ(codeRaisedBy([&] { file.moveFile(fileAt(work_ / "new"), provider::ReplaceAny); }, &where),
+              vfs::readOnlyProvider);
+    EXPECT_EQ(where, smallDisk() / "folder" / "file");
+    for (const char* name : {"new", "taken"}) {
+        EXPECT_EQ(
+            codeRaisedBy([&] { folder.moveFolder(folderAt(work_ / name), provider::MergeFolder); }, &where),
+            vfs::readOnlyProvider);
+        EXPECT_EQ(where, smallDisk() / "folder");
+    }
+    setSmallDiskReadOnly(false);
+    EXPECT_FALSE(fs::exists(work_ / "new"));
+    EXPECT_EQ(entriesIn(work_ / "taken"), 0);
+    EXPECT_EQ(entriesIn(work_), 3);
+}
+
+TEST_F(RefusalTest, StickyFolderKeepsWhatIsOfAnother) {
+    fs::permissions(workDisk().parent_path(), fs::perms(0711));
+    fs::permissions(workDisk(), fs::perms(0777));
+    fs::create_directories(work_ / "sticky" / "folder");
+    writeContent(work_ / "sticky" / "file", "content");
+    fs::create_directories(work_ / "open" / "sticky");
+    for (const char* name : {"sticky", "open"})
+        fs::permissions(work_ / name, fs::perms(0777));
+    fs::permissions(work_ / "sticky", fs::perms(01777));
+    fs::permissions(work_ / "sticky" / "folder", fs::perms(0777));
+    fs::permissions(otherDisk(), fs::perms(0777));
+    {
+        const OrdinaryUser user;
+        for (const fs::path& to : {work_ / "open", otherDisk()}) {
+            fs::path where;
+            EXPECT_EQ(
+                codeRaisedBy(
+                    [&] {
+                        fileAt(work_ / "sticky" / "file").moveFile(fileAt(to / "new"), provider::ReplaceAny);
+                    },
+                    &where),
+                vfs::permissionDenied);
+            EXPECT_EQ(where, work_ / "sticky" / "file");
+            EXPECT_EQ(codeRaisedBy(
+                          [&] {
+                              folderAt(work_ / "sticky" / "folder")
+                                  .moveFolder(folderAt(to / "new"), provider::ReplaceAny);
+                          },
+                          &where),
+                      vfs::permissionDenied);
+            EXPECT_EQ(where, work_ / "sticky" / "folder");
+            EXPECT_FALSE(fs::exists(to / "new"));
+        }
+        // The same further down, in a merge.
+        fs::path where;
+        EXPECT_EQ(codeRaisedBy(
+                      [&] {
+                          folderAt(work_ / "sticky")
+                              .moveFolder(folderAt(work_ / "open" / "sticky"), provider::MergeFolder);
+                      },
+                      &where),
+                  vfs::permissionDenied);
+        EXPECT_EQ(where.parent_path(), work_ / "sticky");
+    }
+    EXPECT_EQ(contentOf(work_ / "sticky" / "file"), "content");
 }
 
 TEST_F(RefusalTest, NameTooLongIsAnInvalidLocation) {

@@ -34,6 +34,7 @@ constexpr std::string_view operationNames[] = {
     "removeFolder",
     "createFolder",
     "createFolderRecursive",
+    "makeDurable",
     "streamRead",
     "streamWrite",
     "streamCommit",
@@ -263,6 +264,10 @@ void FaultInjectingProvider::createFolder(const AbsoluteIRI& folder) {
 
 void FaultInjectingProvider::createFolderRecursive(const AbsoluteIRI& folder) {
     attempt({Operation::createFolderRecursive, folder}, [&] { wrapped_->createFolderRecursive(folder); });
+}
+
+void FaultInjectingProvider::makeDurable(const AbsoluteIRI& location) {
+    attempt({Operation::makeDurable, location}, [&] { wrapped_->makeDurable(location); });
 }
 
 }  // namespace korvex::runtime::storage

@@ -51,6 +51,7 @@ enum class Operation {
     removeFolder,
     createFolder,
     createFolderRecursive,
+    makeDurable,
     streamRead,
     streamWrite,
     streamCommit,
@@ -129,6 +130,7 @@ public:
     void removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) override;
     void createFolder(const AbsoluteIRI& folder) override;
     void createFolderRecursive(const AbsoluteIRI& folder) override;
+    void makeDurable(const AbsoluteIRI& location) override;
 
 private:
     class Input;

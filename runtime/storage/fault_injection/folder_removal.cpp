@@ -22,6 +22,9 @@ struct OpenFolder {
 }  // namespace
 
 void removeFolderByItems(Provider& provider, const AbsoluteIRI& folder) {
+    // The provider would refuse such a name in the end, but by then the folder it leads to would be empty.
+    if (folder.getName() == u"." || folder.getName() == u"..")
+        throw vfs::Exception(vfs::invalidLocation, folder, u"removing");
     ProgressCounter progress;
     std::vector<OpenFolder> open{{folder, provider.list(folder, {})}};
     while (!open.empty()) {

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 
+#include "runtime/storage/transfer_progress.h"
+
 namespace korvex::runtime::storage::posix {
 namespace {
 
@@ -39,7 +41,15 @@ INSTANTIATE_TEST_SUITE_P(
         Row{EMFILE, vfs::internalError}, Row{ENFILE, vfs::internalError}, Row{EBADF, vfs::internalError},
         Row{EFAULT, vfs::internalError}, Row{ENOSYS, vfs::unsupportedOperation},
         Row{EOPNOTSUPP, vfs::unsupportedOperation}, Row{EXDEV, vfs::unsupportedOperation},
-        Row{EPROTO, vfs::unknownError}, Row{0, vfs::unknownError}));
+        Row{EUCLEAN, vfs::ioError}, Row{EBADMSG, vfs::ioError}, Row{ENOKEY, vfs::permissionDenied},
+        Row{EKEYREJECTED, vfs::permissionDenied}, Row{EKEYEXPIRED, vfs::permissionDenied},
+        Row{ENOMEDIUM, vfs::ioError}, Row{EMEDIUMTYPE, vfs::ioError}, Row{ENETUNREACH, vfs::ioError},
+        Row{EHOSTUNREACH, vfs::ioError}, Row{ENETRESET, vfs::ioError}, Row{ECONNRESET, vfs::ioError},
+        Row{ECONNREFUSED, vfs::ioError}, Row{ECONNABORTED, vfs::ioError}, Row{ENOTCONN, vfs::ioError},
+        Row{ESHUTDOWN, vfs::ioError}, Row{EPIPE, vfs::ioError}, Row{ECOMM, vfs::ioError},
+        Row{ENOLINK, vfs::ioError}, Row{EPROTO, vfs::ioError}, Row{ENOBUFS, vfs::internalError},
+        Row{EDEADLK, vfs::resourceInUse}, Row{E2BIG, vfs::unsupportedOperation},
+        Row{ERANGE, vfs::unsupportedOperation}, Row{ECHILD, vfs::unknownError}, Row{0, vfs::unknownError}));
 
 TEST(SystemErrorTest, RaisesWithLocationContextAndTheSystemsWords) {
     const vfs::AbsoluteIRI location(u"file:///a");
@@ -50,6 +60,18 @@ TEST(SystemErrorTest, RaisesWithLocationContextAndTheSystemsWords) {
         EXPECT_EQ(error.getLocation(), location);
         EXPECT_EQ(error.getExceptionContextsString(), u"copy");
         EXPECT_EQ(error.getSystemText(), "No space left on device");
+    }
+}
+
+TEST(SystemErrorTest, InterruptReadsAsAnywhereElse) {
+    const vfs::AbsoluteIRI location(u"file:///a");
+    try {
+        raiseSystemError(interruptedError, location, u"copy");
+        FAIL() << "no exception";
+    } catch (const vfs::Exception& error) {
+        EXPECT_EQ(error.getErrorCode(), vfs::unknownError);
+        EXPECT_EQ(error.getLocation(), location);
+        EXPECT_EQ(error.getExceptionContextsString(), interruptedContext);
     }
 }
 

@@ -146,6 +146,23 @@ TEST_F(LocalProviderTest, HostOfAnotherMachineHoldsNothing) {
     EXPECT_EQ(local_.existence(AbsoluteIRI(u"file://localhost/")), provider::AsFolder);
 }
 
+TEST_F(LocalProviderTest, WhatCannotBeThereIsAsWritableAsItsFolder) {
+    const std::string deep = makeDeepTree(std::string(200, 'd'), 50);
+    ASSERT_EQ(::symlink("circle", (scratch_.path() / "circle").c_str()), 0);
+    for (const std::string& name : {std::string("nothing"), std::string("circle"), std::string(300, 'n'),
+                                    deep + "nothing", deep + "file"}) {
+        EXPECT_TRUE(local_.isWritable(atBytes(name)));
+    }
+    const std::string missing = std::string(200, 'm') + '/';
+    std::string missingDeep;
+    for (int level = 0; level < 50; ++level)
+        missingDeep += missing;
+    for (const std::string& name : {missing + "nothing", missingDeep + "nothing",
+                                    std::string("circle/nothing"), deep + "file/nothing"}) {
+        EXPECT_FALSE(local_.isWritable(atBytes(name)));
+    }
+}
+
 TEST_F(LocalProviderTest, LockedFolderRaisesPermissionDenied) {
     scratch_.writeFile("locked/file");
     std::filesystem::permissions(scratch_.path(), std::filesystem::perms::all);

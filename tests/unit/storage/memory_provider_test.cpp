@@ -82,14 +82,6 @@ TEST_F(Memory, DotsDoNotHideThatAFolderGoesIntoItself) {
               vfs::invalidLocation);
 }
 
-TEST_F(Memory, AFolderThatWouldHaveToStayAndGoIsLeftWhereItIs) {
-    box_.put(u"outer/inner/inner/file", "content");
-    EXPECT_THAT(
-        errorOf([&] { memory_.moveFolder(at(u"box/outer/inner"), at(u"box/outer"), provider::MergeFolder); }),
-        Pair(vfs::invalidLocation, "memory://box/outer/inner"));
-    EXPECT_EQ(box_.contentOf(u"outer/inner/inner/file"), "content");
-}
-
 TEST_F(Memory, ACopyDoesNotChangeWithItsSource) {
     box_.put(u"file", "first");
     memory_.copyFile(at(u"box/file"), at(u"box/copy"), provider::ReplaceWritable);

@@ -67,6 +67,20 @@ TEST(NamePattern, MatchesUnitsThatAreNoCharacters) {
     EXPECT_TRUE(matches(u"n*", name));
 }
 
+TEST(NamePattern, TakesTheCaseOfLettersAsThePlatformsNamesDo) {
+    constexpr auto windows = paths::PathStyle::windows;
+    constexpr auto posix = paths::PathStyle::posix;
+    for (const std::u16string pattern : {u"Name.TXT", u"*.TXT", u"n?ME.txt", u"\u00DCber*", u"\u03B4*"}) {
+        const std::u16string name = pattern[0] == u'\u00DC'   ? u"\u00FCber"
+                                    : pattern[0] == u'\u03B4' ? u"\u0394"
+                                                              : u"name.txt";
+        EXPECT_TRUE(NamePattern(pattern, windows).matches(name));
+        EXPECT_FALSE(NamePattern(pattern, posix).matches(name));
+    }
+    EXPECT_FALSE(NamePattern(u"*.TXT", windows).matches(u"name.text"));
+    EXPECT_EQ(NamePattern(u"A").matches(u"a"), paths::nativeStyle == windows);
+}
+
 TEST(NamePattern, TellsWhatItIs) {
     EXPECT_TRUE(NamePattern(u"").matchesEverything());
     EXPECT_TRUE(NamePattern(u"*").matchesEverything());

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/transfer_progress.h"
@@ -200,6 +201,62 @@ TEST_F(Transfers, AMoveWhoseRemovalFailsLeavesBothWhole) {
     EXPECT_EQ(to_.contentOf(u"moved"), "content");
 }
 
+/// Lets something happen when everything is copied and nothing is removed yet.
+class Pausing : public MemoryProvider {
+public:
+    void makeDurable(const AbsoluteIRI& location) override {
+        asked.push_back(text::toDisplayBytes(location.toString()));
+        if (pause) pause();
+    }
+    std::function<void()> pause;
+    std::vector<std::string> asked;
+};
+
+TEST_F(Transfers, AMovedFileThatChangedMeanwhileStays) {
+    Pausing destination;
+    destination.pause = [&] { from_.put(u"file", "changed"); };
+    from_.put(u"file", "content");
+    const ServedLocation target{destination, MemoryBox::at(u"moved")};
+    EXPECT_THAT(errorOf([&] { moveFileBetween(from_.served(u"file"), target, provider::ReplaceWritable); }),
+                Pair(vfs::resourceInUse, "memory://box/file"));
+    EXPECT_EQ(from_.contentOf(u"file"), "changed");
+    EXPECT_THAT(destination.asked, ElementsAre("memory://box/moved"));
+}
+
+TEST_F(Transfers, OfAMovedFolderWhatChangedOrCameMeanwhileStays) {
+    struct Change {
+        std::u16string path;
+        std::string expected;
+    };
+    for (const Change& change : {Change{u"folder/inner/b", "memory://box/folder/inner/b"},
+                                 Change{u"folder/inner/new", "memory://box/folder/inner/new"}}) {
+        Pausing destination;
+        destination.pause = [&] { from_.put(change.path, "changed"); };
+        from_.put(u"folder/a");
+        from_.put(u"folder/inner/b");
+        const ServedLocation target{destination, MemoryBox::at(u"moved")};
+        EXPECT_THAT(
+            errorOf([&] { moveFolderBetween(from_.served(u"folder"), target, provider::ReplaceWritable); }),
+            Pair(vfs::resourceInUse, change.expected));
+        EXPECT_EQ(from_.contentOf(change.path), "changed");
+        EXPECT_FALSE(from_.isThere(u"folder/a"));
+        EXPECT_EQ(destination.existence(MemoryBox::at(u"moved/inner/b")), provider::AsFile);
+        EXPECT_THAT(destination.asked, ElementsAre("memory://box/moved"));
+    }
+}
+
+TEST_F(Transfers, NothingGoesWhenTheCopyCannotBeMadeDurable) {
+    from_.put(u"folder/file");
+    to_.faulty->failCall(Operation::makeDurable, 1, {.code = vfs::ioError});
+    to_.faulty->failCall(Operation::makeDurable, 2, {.code = vfs::ioError});
+    EXPECT_THAT(errorOf([&] { moveFolder(u"folder", u"moved"); }), Pair(vfs::ioError, "memory://box/moved"));
+    EXPECT_THAT(errorOf([&] { moveFile(u"folder/file", u"single"); }),
+                Pair(vfs::ioError, "memory://box/single"));
+    EXPECT_EQ(from_.contentOf(u"folder/file"), "content");
+    EXPECT_THAT(from_.faulty->callsOf(Operation::removeFile), IsEmpty());
+    EXPECT_THAT(from_.faulty->callsOf(Operation::removeFolder), IsEmpty());
+}
+
 TEST_F(Transfers, AFolderMoveThatFailsOnTheWayLeavesTheSourceWhole) {
     from_.put(u"folder/a");
     from_.put(u"folder/b/c");
@@ -290,6 +347,18 @@ TEST_F(Transfers, NothingIsAskedOfTheSourceWhenTheDestinationOnlyReads) {
     EXPECT_THAT(errorOf([&] { moveFolderBetween(from_.served(u"file"), destination, provider::ReplaceAny); }),
                 Pair(vfs::readOnlyProvider, "memory://box/copy"));
     EXPECT_THAT(from_.faulty->calls(), IsEmpty());
+}
+
+TEST_F(Transfers, NothingIsCopiedOutOfAProtectedFolderByAMove) {
+    from_.put(u"closed/file");
+    from_.put(u"closed/inner/file");
+    from_.memory->setWritable(MemoryBox::at(u"closed"), false);
+    EXPECT_THAT(errorOf([&] { moveFile(u"closed/file", u"moved"); }),
+                Pair(vfs::permissionDenied, "memory://box/closed/file"));
+    EXPECT_THAT(errorOf([&] { moveFolder(u"closed/inner", u"moved"); }),
+                Pair(vfs::permissionDenied, "memory://box/closed/inner"));
+    EXPECT_THAT(to_.namesIn(u""), IsEmpty());
+    EXPECT_EQ(from_.contentOf(u"closed/inner/file"), "content");
 }
 
 TEST_F(Transfers, NothingIsCopiedWhenAMoveCouldNotRemoveTheSource) {

@@ -21,7 +21,6 @@ namespace vfs = foundation::storage::vfs;
 namespace {
 
 constexpr const char16_t* existenceQuery = u"existence query";
-constexpr const char16_t* interruptedQuery = u"existence query, interrupted";
 constexpr const char16_t* readingContent = u"reading the content";
 
 /// Servers that refuse HEAD, or allow an address to be read only, say so with one of these.
@@ -54,6 +53,10 @@ AbsoluteIRI placeOfFailure(const AbsoluteIRI& asked, const WebAnswer& answer) {
 
 [[noreturn]] void raiseFailure(const AbsoluteIRI& asked, const WebAnswer& answer, const char16_t* operation) {
     const AbsoluteIRI place = placeOfFailure(asked, answer);
+    if (answer.wasInterrupted) {
+        throw vfs::Exception(vfs::unknownError, place, std::u16string(interruptedContext),
+                             answer.failureText);
+    }
     if (answer.status == 0)
         throw vfs::Exception(errorOfTransfer(answer.failure), place, operation, answer.failureText);
     throw vfs::Exception(errorOfStatus(answer.status), place, operation,
@@ -67,21 +70,13 @@ WebAnswer setupFailure(const WebSetupError& error) {
     return answer;
 }
 
-[[noreturn]] void raiseReadFailure(const AbsoluteIRI& file, const WebAnswer& answer) {
-    if (answer.wasInterrupted) {
-        throw vfs::Exception(vfs::unknownError, placeOfFailure(file, answer),
-                             std::u16string(interruptedContext), answer.failureText);
-    }
-    raiseFailure(file, answer, readingContent);
-}
-
 /// Raises what keeps the content of the answer from being read.
 void requireContent(const AbsoluteIRI& file, const WebAnswer& answer) {
     const AbsoluteIRI place = placeOfFailure(file, answer);
     if (meansNothingThere(answer.status)) throw vfs::Exception(vfs::resourceNotFound, place, readingContent);
     if (answer.status == partialContent)
         throw vfs::Exception(vfs::ioError, place, readingContent, "HTTP status 206, a part of the content");
-    if (!isSuccess(answer.status)) raiseReadFailure(file, answer);
+    if (!isSuccess(answer.status)) raiseFailure(file, answer, readingContent);
 }
 
 class WebInput : public InputStream {
@@ -101,7 +96,7 @@ public:
         stopIfInterrupted(file_);
         const std::size_t count = download_->read(buffer);
         if (count > 0 || buffer.empty()) return count;
-        if (const auto failure = download_->failure()) raiseReadFailure(file_, *failure);
+        if (const auto failure = download_->failure()) raiseFailure(file_, *failure, readingContent);
         return 0;
     }
     FileAttributes attributes() const override { return download_->attributes(); }
@@ -127,10 +122,6 @@ ExistenceType WebProvider::existence(const AbsoluteIRI& location) {
     const bool isEmptyFile = answer.method == WebMethod::firstByte && answer.status == rangeNotSatisfiable;
     if (isEmptyFile || isSuccess(answer.status)) return provider::AsFile;
     if (meansNothingThere(answer.status)) return provider::AsNeither;
-    if (answer.wasInterrupted) {
-        throw vfs::Exception(vfs::ioError, placeOfFailure(location, answer), interruptedQuery,
-                             answer.failureText);
-    }
     raiseFailure(location, answer, existenceQuery);
 }
 

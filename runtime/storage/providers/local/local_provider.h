@@ -33,6 +33,7 @@ public:
     void removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) override;
     void createFolder(const AbsoluteIRI& folder) override;
     void createFolderRecursive(const AbsoluteIRI& folder) override;
+    void makeDurable(const AbsoluteIRI& location) override;
 };
 
 }  // namespace korvex::runtime::storage

@@ -26,12 +26,8 @@ AbsoluteIRI locationBelow(const AbsoluteIRI& top, const Folders& folders, const 
 class ContentsCopy {
 public:
     ContentsCopy(const LocatedFolder& source, const LocatedFolder& destination, ReplacementPolicy policy,
-                 const MemoryNode* untouchable, ProgressCounter& progress)
-        : source_(source),
-          destination_(destination),
-          policy_(policy),
-          untouchable_(untouchable),
-          progress_(progress) {}
+                 ProgressCounter& progress)
+        : source_(source), destination_(destination), policy_(policy), progress_(progress) {}
 
     void run() {
         enter({}, source_.node, destination_.node, nullptr);
@@ -73,7 +69,6 @@ private:
         if (!source.isFolder) {
             copyFile(source, place);
         } else if (place.node != nullptr) {
-            if (place.node == untouchable_) raise(vfs::invalidLocation, name);
             enter(name, source, *place.node, nullptr);
         } else {
             auto made = std::make_unique<MemoryNode>();
@@ -121,7 +116,6 @@ private:
     const LocatedFolder source_;
     const LocatedFolder destination_;
     const ReplacementPolicy policy_;
-    const MemoryNode* const untouchable_;
     ProgressCounter& progress_;
     std::vector<OpenFolder> open_;
 };
@@ -134,8 +128,8 @@ struct EmptiedFolder {
 }  // namespace
 
 void copyFolderContents(const LocatedFolder& source, const LocatedFolder& destination,
-                        ReplacementPolicy policy, const MemoryNode* untouchable, ProgressCounter& progress) {
-    ContentsCopy(source, destination, policy, untouchable, progress).run();
+                        ReplacementPolicy policy, ProgressCounter& progress) {
+    ContentsCopy(source, destination, policy, progress).run();
 }
 
 void removeFolderContents(const LocatedFolder& folder, ProgressCounter& progress) {
@@ -157,7 +151,7 @@ void removeFolderContents(const LocatedFolder& folder, ProgressCounter& progress
         const auto& [name, child] = *present.children.begin();
         if (interpreter::isInterruptPending()) stopIfInterrupted(locationOf(name));
         if (!present.isWritable)
-            throw vfs::Exception(vfs::permissionDenied, locationOf({}), u"removing from a folder");
+            throw vfs::Exception(vfs::permissionDenied, locationOf(name), u"removing from a folder");
         if (child->isFolder) {
             progress.found(child->children.size(), 0);
             open.push_back({name, child.get()});

@@ -13,10 +13,9 @@ struct LocatedFolder {
     const AbsoluteIRI& location;
 };
 
-/// Copies what is in `source` into `destination`, which is there. Raises as `Folder::copyFolder`;
-/// `untouchable` raises `invalidLocation` where something would be put into it.
+/// Copies what is in `source` into `destination`, which is there. Raises as `Folder::copyFolder`.
 void copyFolderContents(const LocatedFolder& source, const LocatedFolder& destination,
-                        ReplacementPolicy policy, const MemoryNode* untouchable, ProgressCounter& progress);
+                        ReplacementPolicy policy, ProgressCounter& progress);
 
 /// Empties the folder. What was removed before a failure is gone.
 void removeFolderContents(const LocatedFolder& folder, ProgressCounter& progress);

@@ -5,8 +5,7 @@
 //
 // Files and folders have a time of last change and may be write-protected, each for itself. What is in a
 // protected folder may change, but nothing is put in or taken out: that raises `permissionDenied`, at the
-// location of what was to be put in, and at the folder's when something was to be taken out. Copies and moves
-// are one step for every other thread.
+// location of what was to be put in or taken out. Copies and moves are one step for every other thread.
 #pragma once
 
 #include <memory>
@@ -40,8 +39,6 @@ public:
                   ReplacementPolicy policy) override;
     void copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                     ReplacementPolicy policy) override;
-    /// A folder that is merged into its own parent, and holds one of its own name, would have to stay and go:
-    /// that raises `invalidLocation`, and nothing has left the source.
     void moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                     ReplacementPolicy policy) override;
     void removeFile(const AbsoluteIRI& file) override;
@@ -71,6 +68,9 @@ private:
     /// for a place inside of it.
     MemoryEntry placeOfFolder(const MemoryNode& source, const AbsoluteIRI& destination,
                               ReplacementPolicy policy);
+    /// As that of all providers (transfers.h); `above` stands at the destination.
+    void refuseMergeOntoItself(const AbsoluteIRI& source, MemoryNode& folder, const AbsoluteIRI& destination,
+                               const MemoryNode& above) const;
     void replaceFile(const AbsoluteIRI& location, ReplacementPolicy policy, std::unique_ptr<MemoryNode> file);
     /// The folder at the end of the components, made where it is missing.
     MemoryNode& makeFolders(const AbsoluteIRI& location, std::span<const std::u16string_view> components,

@@ -59,11 +59,11 @@ void MemoryProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& de
     const MemoryEntry place = placeOfFolder(folder, destination, policy);
     progress.found(1, 0);
     if (place.node != nullptr)
-        return copyFolderContents({folder, source}, {*place.node, destination}, policy, nullptr, progress);
+        return copyFolderContents({folder, source}, {*place.node, destination}, policy, progress);
     auto made = std::make_unique<MemoryNode>();
     MemoryNode& copy = *made;
     place.put(std::move(made));
-    copyFolderContents({folder, source}, {copy, destination}, policy, nullptr, progress);
+    copyFolderContents({folder, source}, {copy, destination}, policy, progress);
     copy.isWritable = folder.isWritable;
     copy.changed = folder.changed;
 }
@@ -81,8 +81,9 @@ void MemoryProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& de
         progress.finished(1, 0, [&] { return source; });
         return;
     }
+    refuseMergeOntoItself(source, *folder.node, destination, *place.node);
     const LocatedFolder emptied{*folder.node, source};
-    copyFolderContents(emptied, {*place.node, destination}, policy, folder.node, progress);
+    copyFolderContents(emptied, {*place.node, destination}, policy, progress);
     removeFolderContents(emptied, progress);
     folder.take();
 }
@@ -114,8 +115,7 @@ MemoryEntry MemoryProvider::takenAt(const AbsoluteIRI& location, ExistenceType w
     MemoryEntry entry = hosts_.entryAt(location);
     if (entry.folder == nullptr || isDots(location.getName()))
         throw vfs::Exception(vfs::invalidLocation, location, takingAway);
-    if (!entry.folder->isWritable)
-        throw vfs::Exception(vfs::permissionDenied, location.getParent(), takingAway);
+    if (!entry.folder->isWritable) throw vfs::Exception(vfs::permissionDenied, location, takingAway);
     return entry;
 }
 
@@ -127,6 +127,20 @@ MemoryEntry MemoryProvider::placeOfFolder(const MemoryNode& source, const Absolu
     if (const auto obstacle = obstacleToFolder(place, policy))
         throw vfs::Exception(*obstacle, destination, transferringFolder);
     return place;
+}
+
+void MemoryProvider::refuseMergeOntoItself(const AbsoluteIRI& source, MemoryNode& folder,
+                                           const AbsoluteIRI& destination, const MemoryNode& above) const {
+    const auto way = hosts_.find(source)->namesBelow(above);
+    if (way.empty()) return;
+    MemoryWalk met(folder);
+    std::u16string path;
+    for (const std::u16string_view name : way) {
+        if (!met.step(name)) return;
+        path.append(path.empty() ? u"" : u"/").append(name);
+    }
+    if (met.node().isFolder)
+        throw vfs::Exception(vfs::invalidLocation, AbsoluteIRI(destination, path), transferringFolder);
 }
 
 }  // namespace korvex::runtime::storage

@@ -82,6 +82,12 @@ std::u16string_view MemoryWalk::leave() {
     return name;
 }
 
+std::vector<std::u16string_view> MemoryWalk::namesBelow(const MemoryNode& above) const {
+    const auto passed = std::find(nodes_.begin(), nodes_.end(), &above);
+    if (passed == nodes_.end()) return {};
+    return {names_.begin() + (passed - nodes_.begin()), names_.end()};
+}
+
 std::u16string MemoryWalk::path() const {
     std::u16string path;
     for (const std::u16string_view name : names_)

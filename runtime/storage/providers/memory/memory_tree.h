@@ -54,6 +54,9 @@ public:
     /// Back to the folder above, and out with the name that led down. Not to be asked of a root.
     std::u16string_view leave();
 
+    /// The names that led here from a node passed; none when it was not passed, or is where the way ends.
+    std::vector<std::u16string_view> namesBelow(const MemoryNode& above) const;
+
     /// The path with its dots gone.
     std::u16string path() const;
 

@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "runtime/storage/transfer_progress.h"
+
 namespace korvex::runtime::storage::posix {
 
 namespace vfs = foundation::storage::vfs;
@@ -22,6 +24,9 @@ constexpr std::pair<int, vfs::ErrorCode> codeOfError[] = {
     {EISDIR, vfs::invalidLocation},
     {EACCES, vfs::permissionDenied},
     {EPERM, vfs::permissionDenied},
+    {ENOKEY, vfs::permissionDenied},
+    {EKEYREJECTED, vfs::permissionDenied},
+    {EKEYEXPIRED, vfs::permissionDenied},
     {EEXIST, vfs::resourceAlreadyExists},
     {ENOENT, vfs::resourceNotFound},
     {ENOTDIR, vfs::resourceNotFound},
@@ -31,6 +36,7 @@ constexpr std::pair<int, vfs::ErrorCode> codeOfError[] = {
     {EFBIG, vfs::fileTooLarge},
     {EOVERFLOW, vfs::fileTooLarge},
     {EBUSY, vfs::resourceInUse},
+    {EDEADLK, vfs::resourceInUse},
     {ETXTBSY, vfs::resourceInUse},
     {EAGAIN, vfs::resourceInUse},
     {ENOLCK, vfs::resourceInUse},
@@ -38,12 +44,29 @@ constexpr std::pair<int, vfs::ErrorCode> codeOfError[] = {
     {EDQUOT, vfs::noSpaceLeft},
     {EMLINK, vfs::noSpaceLeft},
     {EIO, vfs::ioError},
+    {EUCLEAN, vfs::ioError},
+    {EBADMSG, vfs::ioError},
+    {ENOMEDIUM, vfs::ioError},
+    {EMEDIUMTYPE, vfs::ioError},
     {ENETDOWN, vfs::ioError},
+    {ENETUNREACH, vfs::ioError},
+    {ENETRESET, vfs::ioError},
+    {EHOSTUNREACH, vfs::ioError},
+    {ECONNREFUSED, vfs::ioError},
+    {ECONNRESET, vfs::ioError},
+    {ECONNABORTED, vfs::ioError},
+    {ENOTCONN, vfs::ioError},
+    {ESHUTDOWN, vfs::ioError},
+    {EPIPE, vfs::ioError},
+    {ECOMM, vfs::ioError},
+    {ENOLINK, vfs::ioError},
+    {EPROTO, vfs::ioError},
     {EHOSTDOWN, vfs::ioError},
     {ETIMEDOUT, vfs::ioError},
     {ESTALE, vfs::ioError},
     {EREMOTEIO, vfs::ioError},
     {ENOMEM, vfs::internalError},
+    {ENOBUFS, vfs::internalError},
     {EMFILE, vfs::internalError},
     {ENFILE, vfs::internalError},
     {EBADF, vfs::internalError},
@@ -51,6 +74,8 @@ constexpr std::pair<int, vfs::ErrorCode> codeOfError[] = {
     {ENOSYS, vfs::unsupportedOperation},
     {EOPNOTSUPP, vfs::unsupportedOperation},
     {EXDEV, vfs::unsupportedOperation},
+    {E2BIG, vfs::unsupportedOperation},
+    {ERANGE, vfs::unsupportedOperation},
 };
 
 }  // namespace
@@ -64,6 +89,8 @@ vfs::ErrorCode errorCodeOf(int systemError) noexcept {
 std::string systemTextOf(int systemError) { return std::generic_category().message(systemError); }
 
 void raiseSystemError(int systemError, const vfs::AbsoluteIRI& location, std::u16string context) {
+    if (systemError == interruptedError)
+        throw vfs::Exception(vfs::unknownError, location, std::u16string(interruptedContext));
     throw vfs::Exception(errorCodeOf(systemError), location, std::move(context), systemTextOf(systemError));
 }
 

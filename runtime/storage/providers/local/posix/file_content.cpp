@@ -1,18 +1,19 @@
-// The content and the attributes of one open file, into another.
+// The content of one open file, into another.
 #include "runtime/storage/providers/local/posix/file_content.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <limits>
 #include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <utility>
+
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
 
 #ifdef __linux__
 #include <linux/fs.h>
@@ -26,20 +27,14 @@ namespace {
 constexpr std::size_t bufferSize = 128 * 1024;
 /// Below this size a read and a write cost less than asking the kernel to copy.
 constexpr off_t kernelCopyFrom = 256 * 1024;
-constexpr std::size_t kernelCopyPiece = std::size_t{1} << 30;
+/// So much in one call that the call itself costs nothing, and so little that one hears of it.
+constexpr std::size_t kernelCopyPiece = std::size_t{32} << 20;
+constexpr off_t toldEvery = off_t{4} << 20;
 
+/// Whether a call is not to be had between these two file systems at all, whatever the file.
 bool meansUnsupported(int systemError) noexcept {
-    constexpr int errors[] = {EOPNOTSUPP, ENOTSUP, ENOSYS, EXDEV, EINVAL, ENOTTY, EPERM, EBADF, ETXTBSY};
-    return std::find(std::begin(errors), std::end(errors), systemError) != std::end(errors);
-}
-
-bool shareBlocks(int source, int destination, CopyAbilities& abilities) noexcept {
-    if (!abilities.sharesBlocks.load(std::memory_order_relaxed)) return false;
-#ifdef FICLONE
-    if (::ioctl(destination, FICLONE, source) == 0) return true;
-#endif
-    abilities.sharesBlocks.store(false, std::memory_order_relaxed);
-    return false;
+    return systemError == EOPNOTSUPP || systemError == ENOTTY || systemError == ENOSYS ||
+           systemError == EXDEV;
 }
 
 int writeAll(int destination, const char* bytes, std::size_t count, off_t offset) noexcept {
@@ -55,140 +50,147 @@ int writeAll(int destination, const char* bytes, std::size_t count, off_t offset
     return 0;
 }
 
-/// Copies from `begin` to `end`, or to the end of the file when `end` is negative. A short read is not the
-/// end: only a read of nothing is.
-Failure copyByReading(int source, int destination, off_t begin, off_t end) {
-    thread_local const std::unique_ptr<std::array<char, bufferSize>> buffer =
-        std::make_unique<std::array<char, bufferSize>>();
-    for (off_t offset = begin; end < 0 || offset < end;) {
-        const std::size_t wanted =
-            end < 0 ? bufferSize : std::min(bufferSize, static_cast<std::size_t>(end - offset));
-        const ssize_t count = ::pread(source, buffer->data(), wanted, offset);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return {errno, sourceSide};
-        if (count == 0) break;
-        if (const int systemError =
-                writeAll(destination, buffer->data(), static_cast<std::size_t>(count), offset)) {
-            return {systemError, destinationSide};
+/// The copy of one file's content by one of several ways.
+class ContentCopy {
+public:
+    ContentCopy(const OpenPair& files, const CopyAbilities& abilities, CopyWatcher* watcher)
+        : source_(files.source),
+          destination_(files.destination),
+          size_(files.sourceStatus.st_size),
+          hasHoles_(mayHaveHoles(files.sourceStatus)),
+          tellsSizes_(abilities.tellsSizes),
+          pair_(abilitiesBetween(files.sourceStatus.st_dev, files.destinationDevice)),
+          watcher_(watcher) {}
+
+    Failure run() {
+        if (size_ > 0 && shareBlocks()) return {};
+        if (hasHoles_) return aroundHoles();
+        off_t offset = 0;
+        if (size_ >= kernelCopyFrom) {
+            if (const Failure failure = range(offset, size_)) return failure;
         }
-        offset += count;
+        return byReading(offset, toTheEnd);
     }
-    return {};
-}
 
-/// As `copyByReading`. Where the kernel copies nothing, for whatever reason, reading has the last word.
-Failure copyRange(int source, int destination, off_t begin, off_t end, CopyAbilities& abilities) {
-    off_t from = begin;
-    off_t to = begin;
-    while (from < end && end - from >= kernelCopyFrom &&
-           abilities.copiesInKernel.load(std::memory_order_relaxed)) {
-        const std::size_t piece = std::min(kernelCopyPiece, static_cast<std::size_t>(end - from));
-        const ssize_t count = ::copy_file_range(source, &from, destination, &to, piece, 0);
-        if (count == 0) break;
-        if (count > 0 || errno == EINTR) continue;
-        if (!meansUnsupported(errno)) return {errno, destinationSide};
-        abilities.copiesInKernel.store(false, std::memory_order_relaxed);
-    }
-    return copyByReading(source, destination, from, end);
-}
+private:
+    static constexpr off_t toTheEnd = std::numeric_limits<off_t>::max();
 
-/// Copies the parts that hold data; what lies between them stays a hole.
-Failure copyAroundHoles(int source, int destination, CopyAbilities& abilities) {
-    for (off_t offset = 0;;) {
-        const off_t data = ::lseek(source, offset, SEEK_DATA);
-        if (data < 0 && errno == ENXIO) break;
-        if (data < 0) return copyByReading(source, destination, offset, -1);
-        const off_t hole = ::lseek(source, data, SEEK_HOLE);
-        if (hole < 0) return copyByReading(source, destination, data, -1);
-        if (const Failure failure = copyRange(source, destination, data, hole, abilities)) return failure;
-        offset = std::max(hole, data + 1);
+    bool shareBlocks() noexcept {
+        if (!pair_.sharesBlocks.load(std::memory_order_relaxed)) return false;
+#ifdef FICLONE
+        if (::ioctl(destination_, FICLONE, source_) == 0) {
+            tell(size_);
+            return true;
+        }
+        if (!meansUnsupported(errno)) return false;
+#endif
+        pair_.sharesBlocks.store(false, std::memory_order_relaxed);
+        return false;
     }
-    // The length as it is now: a file that shrank meanwhile must not get zeros at its end.
-    struct ::stat now {};
-    if (::fstat(source, &now) != 0) return {errno, sourceSide};
-    return {::ftruncate(destination, now.st_size) == 0 ? 0 : errno, destinationSide};
-}
 
-/// Attributes that only the system itself may set, or that this file system does not know, are left out.
-bool mayBeLeftOut(int systemError) noexcept {
-    return systemError == ENOTSUP || systemError == EPERM || systemError == EACCES || systemError == EINVAL;
-}
+    /// A short read is not the end: only a read of nothing is, or having had as much as there should be.
+    bool isAtEnd(off_t offset, off_t end) const noexcept {
+        return end == toTheEnd ? tellsSizes_ && offset == size_ : offset >= end;
+    }
 
-int copyAttribute(int source, int destination, const char* name, std::vector<char>& value) {
-    // Asked with an empty buffer, the system would tell the size and hand out nothing.
-    if (value.empty()) value.resize(256);
-    ssize_t size = ::fgetxattr(source, name, value.data(), value.size());
-    while (size < 0 && errno == ERANGE) {
-        size = ::fgetxattr(source, name, nullptr, 0);
-        if (size < 0) break;
-        value.resize(static_cast<std::size_t>(size) + 64);
-        size = ::fgetxattr(source, name, value.data(), value.size());
+    /// Copies up to `end`, or as far as the source goes; `offset` is how far that was.
+    Failure byReading(off_t& offset, off_t end) {
+        thread_local const std::unique_ptr<std::array<char, bufferSize>> buffer =
+            std::make_unique_for_overwrite<std::array<char, bufferSize>>();
+        while (!isAtEnd(offset, end)) {
+            const auto wanted = std::min<off_t>(bufferSize, end - offset);
+            const ssize_t count = ::pread(source_, buffer->data(), static_cast<std::size_t>(wanted), offset);
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) return {errno, sourceSide};
+            if (count == 0) break;
+            if (const int systemError =
+                    writeAll(destination_, buffer->data(), static_cast<std::size_t>(count), offset)) {
+                return {systemError, destinationSide};
+            }
+            offset += count;
+            tell(count);
+            if (isInterrupted()) return {interruptedError, sourceSide};
+        }
+        return {};
     }
-    if (size < 0) return errno == ENODATA || mayBeLeftOut(errno) ? 0 : errno;
-    if (::fsetxattr(destination, name, value.data(), static_cast<std::size_t>(size), 0) == 0) return 0;
-    return mayBeLeftOut(errno) ? 0 : errno;
-}
 
-/// The names of a file's extended attributes, each with a NUL behind it.
-int attributeNames(int file, std::vector<char>& names) {
-    std::array<char, 512> few;
-    ssize_t size = ::flistxattr(file, few.data(), few.size());
-    if (size >= 0) {
-        names.assign(few.data(), few.data() + size);
-        return 0;
+    /// The same. Where the kernel copies nothing, for whatever reason, reading has the last word: it knows on
+    /// which side the reason is.
+    Failure range(off_t& offset, off_t end) {
+        off_t to = offset;
+        while (end - offset >= kernelCopyFrom && pair_.copiesInKernel.load(std::memory_order_relaxed)) {
+            const std::size_t piece = std::min(kernelCopyPiece, static_cast<std::size_t>(end - offset));
+            const ssize_t count = ::copy_file_range(source_, &offset, destination_, &to, piece, 0);
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0 && meansUnsupported(errno))
+                pair_.copiesInKernel.store(false, std::memory_order_relaxed);
+            if (count <= 0) break;
+            tell(count);
+            if (isInterrupted()) return {interruptedError, sourceSide};
+        }
+        return byReading(offset, end);
     }
-    while (size < 0 && errno == ERANGE) {
-        size = ::flistxattr(file, nullptr, 0);
-        if (size < 0) break;
-        names.resize(static_cast<std::size_t>(size) + 256);
-        size = ::flistxattr(file, names.data(), names.size());
+
+    /// Copies the parts that hold data; what lies between them stays a hole.
+    Failure aroundHoles() {
+        const off_t limit = tellsSizes_ ? size_ : toTheEnd;
+        for (off_t offset = 0; offset < limit;) {
+            const off_t sizeBefore = presentSize();
+            off_t data = ::lseek(source_, offset, SEEK_DATA);
+            if (data < 0 && errno != ENXIO) return byReading(offset, toTheEnd);
+            const bool isLastHole = data < 0 || data >= limit;
+            if (isLastHole) return extend(offset, std::min({limit, sizeBefore, presentSize()}));
+            const off_t hole = ::lseek(source_, data, SEEK_HOLE);
+            if (hole < 0) return byReading(data, toTheEnd);
+            tell(data - offset);
+            const off_t end = std::min(hole, limit);
+            offset = std::max(end, data + 1);
+            if (const Failure failure = range(data, end)) return failure;
+            // Less than it should be: it has shrunk, or tells a size that it has not. Here it ends.
+            if (data < end) return {};
+        }
+        return {};
     }
-    if (size < 0) return errno;
-    names.resize(static_cast<std::size_t>(size));
-    return 0;
-}
+
+    /// A hole at the end. It is one only as far as the file was just as long before and after it was seen: a
+    /// file that shrinks or grows meanwhile must not get zeros.
+    Failure extend(off_t offset, off_t end) noexcept {
+        if (end <= offset) return {};
+        return {::ftruncate(destination_, end) == 0 ? 0 : errno, destinationSide};
+    }
+
+    off_t presentSize() const noexcept {
+        struct ::stat now {};
+        return ::fstat(source_, &now) == 0 ? now.st_size : 0;
+    }
+
+    void tell(off_t bytes) {
+        untold_ += bytes;
+        if (watcher_ != nullptr && untold_ >= toldEvery) watcher_->copied(std::exchange(untold_, 0));
+    }
+
+    /// A file that is small is finished.
+    bool isInterrupted() const noexcept {
+        return size_ > static_cast<off_t>(bufferSize) && interpreter::isInterruptPending();
+    }
+
+    const int source_;
+    const int destination_;
+    const off_t size_;
+    const bool hasHoles_;
+    const bool tellsSizes_;
+    PairAbilities& pair_;
+    CopyWatcher* const watcher_;
+    off_t untold_ = 0;
+};
 
 }  // namespace
 
-Failure copyContent(int source, const struct ::stat& sourceStatus, int destination,
-                    CopyAbilities& abilities) {
-    const off_t size = sourceStatus.st_size;
-    if (size > 0 && shareBlocks(source, destination, abilities)) return {};
-    const bool hasHoles = sourceStatus.st_blocks * 512 < size;
-    if (hasHoles) return copyAroundHoles(source, destination, abilities);
-    if (size < kernelCopyFrom) return copyByReading(source, destination, 0, -1);
-    if (const Failure failure = copyRange(source, destination, 0, size, abilities)) return failure;
-    return copyByReading(source, destination, size, -1);
-}
+bool mayHaveHoles(const struct ::stat& status) noexcept { return status.st_blocks * 512 < status.st_size; }
 
-Failure copyExtendedAttributes(int source, int destination, CopyAbilities& abilities) {
-    if (!abilities.hasExtendedAttributes.load(std::memory_order_relaxed)) return {};
-    thread_local std::vector<char> names;
-    thread_local std::vector<char> value;
-    if (const int systemError = attributeNames(source, names)) {
-        if (systemError == ENOTSUP) abilities.hasExtendedAttributes.store(false, std::memory_order_relaxed);
-        return mayBeLeftOut(systemError) ? Failure{} : Failure{systemError, sourceSide};
-    }
-    for (const char* name = names.data(); name < names.data() + names.size();
-         name += std::string_view(name).size() + 1) {
-        const int systemError = copyAttribute(source, destination, name, value);
-        if (systemError != 0) return {systemError, destinationSide};
-    }
-    return {};
-}
-
-int copyModeAndTimes(const struct ::stat& sourceStatus, int destination, bool keepsOwner) {
-    // Not every file system keeps these, and not for everybody: a copy is none the worse for it.
-    const auto isKeptElsewhere = [](int systemError) {
-        return systemError == EPERM || systemError == EOPNOTSUPP || systemError == ENOSYS;
-    };
-    const bool hasOwner =
-        (sourceStatus.st_uid == ::geteuid() && sourceStatus.st_gid == ::getegid()) ||
-        (keepsOwner && ::fchown(destination, sourceStatus.st_uid, sourceStatus.st_gid) == 0);
-    const mode_t bits = sourceStatus.st_mode & (hasOwner ? 07777U : 01777U);
-    if (::fchmod(destination, bits) != 0 && !isKeptElsewhere(errno)) return errno;
-    const struct timespec times[2] = {{0, UTIME_OMIT}, sourceStatus.st_mtim};
-    return ::futimens(destination, times) == 0 || isKeptElsewhere(errno) ? 0 : errno;
+Failure copyContent(const OpenPair& files, const CopyAbilities& abilities, CopyWatcher* watcher) {
+    if (watcher != nullptr) watcher->begins(files.sourceStatus.st_size);
+    return ContentCopy(files, abilities, watcher).run();
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -3,18 +3,12 @@
 
 #include <sys/stat.h>
 
-#include <atomic>
+#include <vector>
 
+#include "runtime/storage/providers/local/posix/copy_abilities.h"
 #include "runtime/storage/providers/local/posix/folder_tree.h"
 
 namespace korvex::runtime::storage::posix {
-
-/// What the file systems of a transfer have turned out not to do; shared by its workers, asked once each.
-struct CopyAbilities {
-    std::atomic<bool> sharesBlocks{true};
-    std::atomic<bool> copiesInKernel{true};
-    std::atomic<bool> hasExtendedAttributes{true};
-};
 
 /// An errno and the side at which it came up; converts to true when there is one.
 struct Failure {
@@ -23,18 +17,32 @@ struct Failure {
     explicit operator bool() const noexcept { return systemError != 0; }
 };
 
-/// Copies from the start to the end of `source` into the empty file `destination`: shares the blocks where
-/// the file system can, keeps holes, lets the kernel copy where that is faster, reads and writes otherwise.
-/// The end is where nothing more is to be read: a file that grows or shrinks meanwhile is copied as far as it
-/// goes.
-Failure copyContent(int source, const struct ::stat& sourceStatus, int destination, CopyAbilities& abilities);
+/// Is told how far the copy of one file is, where that takes long enough to be told.
+class CopyWatcher {
+public:
+    virtual ~CopyWatcher() = default;
+    /// `size` in bytes, as it is at the beginning.
+    virtual void begins(off_t size) = 0;
+    /// Some more bytes have gone, holes included. The last ones are not told.
+    virtual void copied(off_t bytes) = 0;
+};
 
-/// Gives `destination` the extended attributes of `source`, as far as its file system takes them.
-Failure copyExtendedAttributes(int source, int destination, CopyAbilities& abilities);
+/// Two open files of a copy, the second one empty.
+struct OpenPair {
+    int source;
+    const struct ::stat& sourceStatus;
+    int destination;
+    dev_t destinationDevice;
+};
 
-/// Gives an open file or folder the permission bits and the time of last change, as far as its file system
-/// keeps them. With `keepsOwner` also the owner, as far as the process may; the bits that lend the owner's
-/// rights are left out where the owner is another one. 0 or the errno.
-int copyModeAndTimes(const struct ::stat& sourceStatus, int destination, bool keepsOwner);
+/// Whether a file takes less room than its size says.
+bool mayHaveHoles(const struct ::stat& status) noexcept;
+
+/// Copies from the start to the end of the source: shares the blocks where the file system can, keeps holes,
+/// lets the kernel copy where that is faster, reads and writes otherwise. The end is where nothing more is to
+/// be read; where sizes can be believed, a file is also at its end when it has given as much as its size
+/// said. A file that shrinks meanwhile is copied as far as it goes, and never gets zeros that it did not
+/// have. A pending interrupt stops the copy of a large file: `interruptedError`. `watcher` may be null.
+Failure copyContent(const OpenPair& files, const CopyAbilities& abilities, CopyWatcher* watcher);
 
 }  // namespace korvex::runtime::storage::posix

@@ -2,17 +2,16 @@
 #include "runtime/storage/providers/local/posix/file_transfer.h"
 
 #include <fcntl.h>
-#include <limits.h>
-#include <stdio.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
-#include <random>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include "runtime/storage/providers/local/posix/durability.h"
+#include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 
 namespace korvex::runtime::storage::posix {
@@ -24,23 +23,28 @@ using foundation::storage::provider::ReplaceAny;
 /// Never waits for the other end of a pipe, and never makes a terminal the process's own.
 constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 constexpr int createFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+/// A file of at most this size, one page, is written with one call, which not even a kill interrupts.
+constexpr off_t writtenAtOnce = 4096;
 
 /// Removes an entry that this program made, at the end of a scope, unless it is kept.
 class RemovedUnlessKept {
 public:
+    /// The entry as it stands there.
     explicit RemovedUnlessKept(EntryAt entry) : entry_(entry) {
         isKept_ = ::fstatat(entry_.folder, entry_.name, &made_, AT_SYMLINK_NOFOLLOW) != 0;
     }
+    /// An entry that is open as `file`.
+    RemovedUnlessKept(EntryAt entry, int file) : entry_(entry) { isKept_ = ::fstat(file, &made_) != 0; }
     ~RemovedUnlessKept() {
         struct ::stat now {};
         if (isKept_ || ::fstatat(entry_.folder, entry_.name, &now, AT_SYMLINK_NOFOLLOW) != 0) return;
         // Somebody may have put something of theirs in its place.
-        if (now.st_dev == made_.st_dev && now.st_ino == made_.st_ino)
-            ::unlinkat(entry_.folder, entry_.name, 0);
+        if (isSameFile(now, made_)) ::unlinkat(entry_.folder, entry_.name, 0);
     }
     RemovedUnlessKept(const RemovedUnlessKept&) = delete;
     RemovedUnlessKept& operator=(const RemovedUnlessKept&) = delete;
     void keep() noexcept { isKept_ = true; }
+    const struct ::stat& made() const noexcept { return made_; }
 
 private:
     EntryAt entry_;
@@ -48,202 +52,341 @@ private:
     bool isKept_ = false;
 };
 
-/// A name in the folder that holds `entry`, whose own name may have a path in front.
-std::string beside(EntryAt entry, const std::string& name) {
-    const std::string path = entry.name;
-    return path.substr(0, path.rfind('/') + 1) + name;
-}
-
-std::string linkTargetOf(EntryAt link) {
-    std::string target(PATH_MAX, '\0');
-    const ssize_t length = ::readlinkat(link.folder, link.name, target.data(), target.size());
-    target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
-    return target;
-}
-
-/// Renaming one name of a file to another name of the same file does nothing at all: the first one goes here.
-int removeOtherName(EntryAt source, EntryAt destination) noexcept {
+/// Of two names of one file the first one goes: the system's own renaming leaves both. 0 or the errno.
+int removeOtherName(EntryAt source, EntryAt destination) {
     struct ::stat from {};
     struct ::stat to {};
     if (::fstatat(source.folder, source.name, &from, AT_SYMLINK_NOFOLLOW) != 0) return 0;
     if (::fstatat(destination.folder, destination.name, &to, AT_SYMLINK_NOFOLLOW) != 0) return 0;
-    const bool isSameFile = from.st_dev == to.st_dev && from.st_ino == to.st_ino;
     // With a single name left, both spellings are that name.
-    if (!isSameFile || from.st_nlink < 2) return 0;
-    return ::unlinkat(source.folder, source.name, 0) == 0 ? 0 : errno;
+    if (!isSameFile(from, to) || from.st_nlink < 2) return 0;
+    bool isOne = false;
+    if (const int systemError = isOneEntry(source, destination, isOne)) return systemError;
+    return isOne || ::unlinkat(source.folder, source.name, 0) == 0 ? 0 : errno;
 }
 
-bool isWritableFile(EntryAt entry, const struct ::stat& status) noexcept {
-    return (status.st_mode & 0222) != 0 && ::faccessat(entry.folder, entry.name, W_OK, AT_EACCESS) == 0;
+/// 0, or why the file may not be written. What the disk refuses goes before what the file does.
+int obstacleToWriting(EntryAt entry, const struct ::stat& status) noexcept {
+    if (::faccessat(entry.folder, entry.name, W_OK, AT_EACCESS) != 0) return errno;
+    return (status.st_mode & 0222) != 0 ? 0 : EACCES;
+}
+
+/// A link leads nowhere, or in a circle.
+bool leadsNowhere(int systemError) noexcept {
+    return systemError == ENOENT || systemError == ENOTDIR || systemError == ELOOP;
+}
+
+mode_t groupBitsOfEverybody(mode_t mode) noexcept { return mode & ((mode & 0007) << 3); }
+
+int unlessFile(const struct ::stat& status) noexcept {
+    if (S_ISREG(status.st_mode)) return 0;
+    return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
 }
 
 }  // namespace
 
-bool isUnchanged(const struct ::stat& before, const struct ::stat& after) noexcept {
-    return before.st_dev == after.st_dev && before.st_ino == after.st_ino &&
-           before.st_size == after.st_size && before.st_mtim.tv_sec == after.st_mtim.tv_sec &&
-           before.st_mtim.tv_nsec == after.st_mtim.tv_nsec;
-}
+/// A file that is open to be copied.
+struct FileTransfer::SourceFile {
+    /// The names come into the buffer, which is one for each thread.
+    explicit SourceFile(std::vector<char>& names) : attributeNames(names) {}
 
-std::string temporaryName() {
-    // From the system each time: a process that was forked would go on with the numbers of the other one.
-    std::uint64_t number = 0;
-    if (::getrandom(&number, sizeof number, 0) != sizeof number) number = std::random_device{}();
-    std::array<char, 32> digits{};
-    ::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
-    return std::string(".korvex-") + digits.data() + ".part";
-}
-
-int renameOntoNothing(EntryAt source, EntryAt destination) noexcept {
-    if (::renameat2(source.folder, source.name, destination.folder, destination.name, RENAME_NOREPLACE) ==
-        0) {
-        return 0;
-    }
-    if (errno != EINVAL && errno != ENOSYS) return errno;
-    // This file system cannot promise it in one step.
+    FileDescriptor file;
     struct ::stat status {};
-    if (::fstatat(destination.folder, destination.name, &status, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
-    return ::renameat(source.folder, source.name, destination.folder, destination.name) == 0 ? 0 : errno;
-}
+    CopyAbilities unasked;
+    CopyAbilities* abilities = &unasked;
+    std::vector<char>& attributeNames;
+};
+
+/// What stands at a destination.
+struct FileTransfer::Standing {
+    bool isThere = false;
+    struct ::stat entry {};  ///< links told apart
+    struct ::stat file {};   ///< links followed; as `entry` when there is no link, or it leads nowhere
+
+    bool isLinkToFile() const noexcept { return S_ISLNK(entry.st_mode) && S_ISREG(file.st_mode); }
+};
+
+/// A file that did not exist before, removed again at the end of a scope unless it is kept.
+class FileTransfer::CreatedFile {
+public:
+    CreatedFile(EntryAt entry, mode_t mode)
+        : file_(::openat(entry.folder, entry.name, createFlags, mode)), systemError_(file_ ? 0 : errno) {
+        if (file_) removed_.emplace(entry, file_.get());
+    }
+    /// 0 or the errno of the creation.
+    int systemError() const noexcept { return systemError_; }
+    FileDescriptor& file() noexcept { return file_; }
+    const struct ::stat& made() const noexcept { return removed_->made(); }
+    void keep() noexcept { removed_->keep(); }
+
+private:
+    FileDescriptor file_;
+    int systemError_;
+    std::optional<RemovedUnlessKept> removed_;
+};
 
 int FileTransfer::mayReplace(EntryAt destination, EntryKind by) const {
-    struct ::stat status {};
-    if (::fstatat(destination.folder, destination.name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    Standing standing;
+    return lookAt(destination, by, standing);
+}
+
+int FileTransfer::lookAt(EntryAt destination, EntryKind by, Standing& standing) const {
+    if (::fstatat(destination.folder, destination.name, &standing.entry, AT_SYMLINK_NOFOLLOW) != 0)
         return errno == ENOENT ? 0 : errno;
-    }
-    if (S_ISLNK(status.st_mode)) {
-        if (by == EntryKind::link || policy_ == ReplaceAny) return 0;
+    standing.isThere = true;
+    standing.file = standing.entry;
+    if (S_ISLNK(standing.entry.st_mode)) {
+        if (by == EntryKind::link) return 0;
         // A link is as writable as what it leads to; one that leads nowhere is nothing that may be written.
-        if (::fstatat(destination.folder, destination.name, &status, 0) != 0) return EEXIST;
+        if (::fstatat(destination.folder, destination.name, &standing.file, 0) != 0)
+            return policy_ == ReplaceAny && leadsNowhere(errno) ? 0 : EEXIST;
     }
-    if (!S_ISREG(status.st_mode)) return EEXIST;
-    return policy_ == ReplaceAny || isWritableFile(destination, status) ? 0 : EACCES;
+    if (!S_ISREG(standing.file.st_mode)) return EEXIST;
+    return policy_ == ReplaceAny ? 0 : obstacleToWriting(destination, standing.file);
 }
 
-Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, off_t& bytes) {
-    bytes = 0;
-    switch (kind) {
-        case EntryKind::folder: return {EISDIR, sourceSide};
-        case EntryKind::link: return copyLink(source, destination);
-        case EntryKind::special: return copySpecial(source, destination);
-        case EntryKind::file: break;
-    }
-    return copyFile(source, readFlags | O_NOFOLLOW, destination, bytes);
+Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher) {
+    if (kind == EntryKind::folder) return {EISDIR, sourceSide};
+    if (kind == EntryKind::link) return copyLink(source, destination);
+    if (kind == EntryKind::special) return copySpecial(source, destination);
+    thread_local std::vector<char> attributeNames;
+    SourceFile input(attributeNames);
+    if (const Failure failure = open(source, Links::tellApart, input)) return failure;
+    input.abilities = &abilities_.of(input.file.get(), input.status.st_dev);
+    return copyOpened(input, destination, Links::tellApart, watcher);
 }
 
-Failure FileTransfer::copyFollowing(EntryAt source, EntryAt destination, off_t& bytes) {
-    return copyFile(source, readFlags, destination, bytes);
-}
-
-Failure FileTransfer::copyFile(EntryAt source, int openFlags, EntryAt destination, off_t& bytes) {
-    const FileDescriptor input(::openat(source.folder, source.name, openFlags));
-    if (!input) return {errno, sourceSide};
+Failure FileTransfer::copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher) {
     struct ::stat status {};
-    if (::fstat(input.get(), &status) != 0) return {errno, sourceSide};
-    if (S_ISDIR(status.st_mode)) return {EISDIR, sourceSide};
-    if (!S_ISREG(status.st_mode)) return {EOPNOTSUPP, sourceSide};
-    bytes = status.st_size;
+    if (::fstatat(source.folder, source.name, &status, 0) != 0) return {errno, sourceSide};
+    if (const int systemError = unlessFile(status)) return {systemError, sourceSide};
+    std::vector<char> attributeNames;
+    SourceFile input(attributeNames);
+    if (const Failure failure = open(source, Links::follow, input)) return failure;
+    // It is not worth asking for the sake of one small file: what takes up room on a disk has the size that
+    // it says, unlike what the system makes up.
+    const bool isSmall = input.status.st_blocks > 0 && input.status.st_size <= writtenAtOnce;
+    input.unasked.tellsSizes = isSmall && input.status.st_size > 0;
+    if (!input.unasked.tellsSizes) input.abilities = &abilities_.of(input.file.get(), input.status.st_dev);
+    return copyOpened(input, destination, Links::follow, watcher);
+}
 
-    // Nobody else reads or writes it before it has its own permission bits.
-    FileDescriptor output(::openat(destination.folder, destination.name, createFlags, 0600));
-    if (!output && errno == EEXIST) return replaceFile(input.get(), status, destination);
-    if (!output) return {errno, destinationSide};
-    RemovedUnlessKept created(destination);
-    if (const Failure failure = fill(input.get(), status, output)) return failure;
-    created.keep();
+Failure FileTransfer::open(EntryAt source, Links links, SourceFile& opened) const {
+    const int flags = links == Links::follow ? readFlags : readFlags | O_NOFOLLOW;
+    opened.file = FileDescriptor(::openat(source.folder, source.name, flags));
+    if (!opened.file || ::fstat(opened.file.get(), &opened.status) != 0) return {errno, sourceSide};
+    return {unlessFile(opened.status), sourceSide};
+}
+
+Failure FileTransfer::copyOpened(SourceFile& source, EntryAt destination, Links links,
+                                 CopyWatcher* watcher) const {
+    const Failure failure =
+        listExtendedAttributes(source.file.get(), *source.abilities, source.attributeNames);
+    if (failure) return failure;
+    const struct ::stat& status = source.status;
+    const bool isSizeKnown = status.st_size > 0 || source.abilities->tellsSizes;
+    if (isSizeKnown && status.st_size <= writtenAtOnce && !mayHaveHoles(status)) {
+        const Failure inPlace = copyInPlace(source, destination, watcher);
+        if (inPlace.systemError != EEXIST) return inPlace;
+    }
+    return copyBeside(source, destination, links, Durability::whenever, watcher);
+}
+
+Failure FileTransfer::copyInPlace(const SourceFile& source, EntryAt destination, CopyWatcher* watcher) const {
+    const struct ::stat* const owner = ownerOf(source, {});
+    CreatedFile output(destination, modeAtCreation(source, owner));
+    if (output.systemError() != 0) return {output.systemError(), destinationSide};
+    if (const Failure failure = fill(source, output, owner, Durability::whenever, watcher)) return failure;
+    output.keep();
     return {};
+}
+
+/// Whole under a name of its own first, then under its final one.
+Failure FileTransfer::copyBeside(const SourceFile& source, EntryAt destination, Links links,
+                                 Durability durability, CopyWatcher* watcher) const {
+    Standing standing;
+    if (const int systemError = lookAt(destination, EntryKind::file, standing))
+        return {systemError, destinationSide};
+    if (links == Links::follow && standing.isLinkToFile()) {
+        const EndOfLink end(destination);
+        if (end.systemError() != 0) return {end.systemError(), destinationSide};
+        return copyBeside(source, end.entry(), Links::tellApart, durability, watcher);
+    }
+    if (standing.isThere && isSameFile(source.status, standing.entry)) return {};
+
+    const std::string temporary = beside(destination, temporaryName());
+    const EntryAt written{destination.folder, temporary.c_str()};
+    const struct ::stat* const owner = ownerOf(source, standing);
+    CreatedFile output(written, modeAtCreation(source, owner));
+    if (output.systemError() != 0) return {output.systemError(), destinationSide};
+    if (const Failure failure = fill(source, output, owner, durability, watcher)) return failure;
+    if (const int systemError = rename(written, destination, standing.isThere))
+        return {systemError, destinationSide};
+    output.keep();
+    return {};
+}
+
+/// 0 or the errno. What has come meanwhile is replaced no more than what stood there at the beginning.
+int FileTransfer::rename(EntryAt written, EntryAt destination, bool isReplacing) const {
+    if (!isReplacing) {
+        const int systemError = renameOntoNothing(written, destination);
+        if (systemError != EEXIST) return systemError;
+        if (const int obstacle = mayReplace(destination)) return obstacle;
+    }
+    if (::renameat(written.folder, written.name, destination.folder, destination.name) == 0) return 0;
+    return errno == EISDIR || errno == ENOTEMPTY ? EEXIST : errno;
+}
+
+/// Whose the copy is to be; null: whosoever the process is.
+const struct ::stat* FileTransfer::ownerOf(const SourceFile& source,
+                                           const Standing& standing) const noexcept {
+    if (keepsOwner_) return &source.status;
+    return standing.isThere && S_ISREG(standing.entry.st_mode) ? &standing.entry : nullptr;
+}
+
+/// With its own permission bits from the start there is nothing left to do in most cases. But nobody else may
+/// get at a file that is still to have an access list or another owner, or that has one from its folder,
+/// where the group's bits are what others are allowed at most. What lends rights comes last.
+mode_t FileTransfer::modeAtCreation(const SourceFile& source, const struct ::stat* owner) noexcept {
+    const bool changesOwner =
+        owner != nullptr && (owner->st_uid != ::geteuid() || owner->st_gid != ::getegid());
+    if (changesOwner || !source.attributeNames.empty()) return 0600;
+    return (source.status.st_mode & 0707) | groupBitsOfEverybody(source.status.st_mode) | 0600;
 }
 
 /// Content and attributes, to the point where the storage has confirmed them.
-Failure FileTransfer::fill(int source, const struct ::stat& status, FileDescriptor& destination) {
-    if (const Failure failure = copyContent(source, status, destination.get(), abilities_)) return failure;
-    if (const Failure failure = copyExtendedAttributes(source, destination.get(), abilities_)) return failure;
-    if (const int systemError = copyModeAndTimes(status, destination.get(), keepsOwner_)) {
-        return {systemError, destinationSide};
-    }
-    return {destination.close(), destinationSide};
+Failure FileTransfer::fill(const SourceFile& source, CreatedFile& destination, const struct ::stat* owner,
+                           Durability durability, CopyWatcher* watcher) {
+    const int file = destination.file().get();
+    struct ::stat made = destination.made();
+    const OpenPair files{source.file.get(), source.status, file, made.st_dev};
+    if (const Failure failure = copyContent(files, *source.abilities, watcher)) return failure;
+    if (owner != nullptr) giveOwner(file, *owner, made);
+    if (const Failure failure = copyExtendedAttributes(files.source, file, source.attributeNames, made))
+        return failure;
+    int systemError = removeInheritedAccessLists(file, made.st_mode, source.attributeNames);
+    if (systemError == 0) systemError = copyModeAndTimes(source.status, file, made);
+    if (systemError == 0 && durability == Durability::atOnce) systemError = syncFile(file);
+    if (systemError == 0) systemError = destination.file().close();
+    return {systemError, destinationSide};
 }
 
-Failure FileTransfer::replaceFile(int source, const struct ::stat& status, EntryAt destination) {
-    if (const int systemError = mayReplace(destination)) return {systemError, destinationSide};
-    const std::string temporary = beside(destination, temporaryName());
-    FileDescriptor output(::openat(destination.folder, temporary.c_str(), createFlags, 0600));
-    if (!output) return {errno, destinationSide};
-    RemovedUnlessKept written({destination.folder, temporary.c_str()});
-    if (const Failure failure = fill(source, status, output)) return failure;
-    if (::renameat(destination.folder, temporary.c_str(), destination.folder, destination.name) != 0) {
-        return {errno == EISDIR || errno == ENOTEMPTY ? EEXIST : errno, destinationSide};
+Failure FileTransfer::dress(int source, const struct ::stat& status, int destination) {
+    std::vector<char> names;
+    if (const Failure failure = listExtendedAttributes(source, abilities_.of(source, status.st_dev), names)) {
+        return failure;
     }
-    written.keep();
-    return {};
+    struct ::stat made {};
+    if (::fstat(destination, &made) != 0) return {errno, destinationSide};
+    if (keepsOwner_) giveOwner(destination, status, made);
+    if (const Failure failure = copyExtendedAttributes(source, destination, names, made)) return failure;
+    int systemError = removeInheritedAccessLists(destination, made.st_mode, names);
+    if (systemError == 0) systemError = copyModeAndTimes(status, destination, made);
+    return {systemError, destinationSide};
 }
 
-Failure FileTransfer::copyLink(EntryAt source, EntryAt destination) {
+Failure FileTransfer::copyLink(EntryAt source, EntryAt destination) const {
     struct ::stat status {};
+    if (::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
     const std::string target = linkTargetOf(source);
-    if (target.empty() || ::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return {errno, sourceSide};
-    }
-    const struct timespec times[2] = {{0, UTIME_OMIT}, status.st_mtim};
-    if (::symlinkat(target.c_str(), destination.folder, destination.name) == 0) {
-        ::utimensat(destination.folder, destination.name, times, AT_SYMLINK_NOFOLLOW);
-        return {};
-    }
-    if (errno != EEXIST) return {errno, destinationSide};
-    if (const int systemError = mayReplace(destination, EntryKind::link))
-        return {systemError, destinationSide};
+    if (target.empty()) return {errno, sourceSide};
+    const int systemError = makeLink(target, status, destination);
+    if (systemError != EEXIST) return {systemError, destinationSide};
+
+    Standing standing;
+    if (const int obstacle = lookAt(destination, EntryKind::link, standing))
+        return {obstacle, destinationSide};
+    if (standing.isThere && isSameFile(status, standing.entry)) return {};
     const std::string temporary = beside(destination, temporaryName());
-    if (::symlinkat(target.c_str(), destination.folder, temporary.c_str()) != 0)
-        return {errno, destinationSide};
-    RemovedUnlessKept written({destination.folder, temporary.c_str()});
-    ::utimensat(destination.folder, temporary.c_str(), times, AT_SYMLINK_NOFOLLOW);
-    if (::renameat(destination.folder, temporary.c_str(), destination.folder, destination.name) != 0) {
-        return {errno, destinationSide};
-    }
-    written.keep();
-    return {};
+    const EntryAt written{destination.folder, temporary.c_str()};
+    if (const int failed = makeLink(target, status, written)) return {failed, destinationSide};
+    return replaceBy(written, destination);
 }
 
-Failure FileTransfer::copySpecial(EntryAt source, EntryAt destination) {
+/// 0 or the errno. EPERM may also say that the file system has no links.
+int FileTransfer::makeLink(const std::string& target, const struct ::stat& status, EntryAt link) const {
+    if (::symlinkat(target.c_str(), link.folder, link.name) != 0) {
+        if (errno != EPERM) return errno;
+        const bool mayMake = ::faccessat(link.folder, beside(link, ".").c_str(), W_OK, AT_EACCESS) == 0;
+        return mayMake ? EOPNOTSUPP : EPERM;
+    }
+    keepOwnerAndTime(status, link);
+    return 0;
+}
+
+Failure FileTransfer::copySpecial(EntryAt source, EntryAt destination) const {
     struct ::stat status {};
     if (::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
     if (S_ISSOCK(status.st_mode)) return {EOPNOTSUPP, sourceSide};
-    if (::mknodat(destination.folder, destination.name, status.st_mode, status.st_rdev) != 0) {
+    const mode_t kindAndNoBits = status.st_mode & S_IFMT;
+    if (::mknodat(destination.folder, destination.name, kindAndNoBits | 0600, status.st_rdev) != 0) {
         return {errno, destinationSide};
     }
+    keepOwnerAndTime(status, destination);
     ::fchmodat(destination.folder, destination.name, status.st_mode & 0777, AT_SYMLINK_NOFOLLOW);
-    const struct timespec times[2] = {{0, UTIME_OMIT}, status.st_mtim};
-    ::utimensat(destination.folder, destination.name, times, AT_SYMLINK_NOFOLLOW);
     return {};
 }
 
-Failure FileTransfer::copyAtomically(EntryAt source, EntryKind kind, EntryAt destination) {
-    if (const int systemError = mayReplace(destination, kind)) return {systemError, destinationSide};
-    const std::string temporary = beside(destination, temporaryName());
-    const EntryAt written{destination.folder, temporary.c_str()};
-    off_t bytes = 0;
-    if (const Failure failure = copy(source, kind, written, bytes)) return failure;
+/// Puts a link or special file that this program has made under its final name.
+Failure FileTransfer::replaceBy(EntryAt written, EntryAt destination) const {
     RemovedUnlessKept removed(written);
-    if (::renameat(written.folder, written.name, destination.folder, destination.name) != 0) {
-        return {errno == EISDIR ? EEXIST : errno, destinationSide};
-    }
+    if (const int systemError = rename(written, destination, true)) return {systemError, destinationSide};
     removed.keep();
     return {};
 }
 
-Failure FileTransfer::move(EntryAt source, EntryKind kind, EntryAt destination) {
-    if (const int systemError = mayReplace(destination, kind)) return {systemError, destinationSide};
+/// Of an entry that is not open; as far as the process may and the file system keeps it.
+void FileTransfer::keepOwnerAndTime(const struct ::stat& source, EntryAt made) const {
+    if (keepsOwner_) {
+        // Where it may not, the entry stays the process's own.
+        [[maybe_unused]] const int result =
+            ::fchownat(made.folder, made.name, source.st_uid, source.st_gid, AT_SYMLINK_NOFOLLOW);
+    }
+    const struct timespec times[2] = {{0, UTIME_OMIT}, source.st_mtim};
+    ::utimensat(made.folder, made.name, times, AT_SYMLINK_NOFOLLOW);
+}
+
+Failure FileTransfer::move(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher) {
+    Standing standing;
+    if (const int systemError = lookAt(destination, kind, standing)) return {systemError, destinationSide};
+    struct ::stat status {};
+    if (::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
+    const bool isSame = standing.isThere && isSameFile(status, standing.entry);
+    const bool isRenamed = ::renameat(source.folder, source.name, destination.folder, destination.name) == 0;
+    if (!isRenamed && errno != EXDEV) return {errno == EISDIR ? EEXIST : errno, destinationSide};
+    // The system also refuses to rename within one disk that is mounted twice.
+    if (isSame) return {removeOtherName(source, destination), sourceSide};
+    return isRenamed ? Failure{} : copyAndRemove(source, kind, destination, watcher);
+}
+
+/// Copies under a temporary name and renames; only when both have reached the storage the source goes.
+Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt destination,
+                                    CopyWatcher* watcher) {
     struct ::stat before {};
     struct ::stat after {};
     if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
-    if (::renameat(source.folder, source.name, destination.folder, destination.name) == 0) {
-        return {removeOtherName(source, destination), sourceSide};
-    }
-    if (errno != EXDEV) return {errno == EISDIR ? EEXIST : errno, destinationSide};
-    if (const Failure failure = copyAtomically(source, kind, destination)) return failure;
+    if (const Failure failure = copyDurably(source, kind, destination, watcher)) return failure;
+    if (const int systemError = syncFolderOf(destination.folder, destination.name))
+        return {systemError, destinationSide};
     if (::fstatat(source.folder, source.name, &after, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
     if (!isUnchanged(before, after)) return {EBUSY, sourceSide};
     return {::unlinkat(source.folder, source.name, 0) == 0 ? 0 : errno, sourceSide};
+}
+
+Failure FileTransfer::copyDurably(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher) {
+    if (kind == EntryKind::link) return copyLink(source, destination);
+    if (kind == EntryKind::special) {
+        const std::string temporary = beside(destination, temporaryName());
+        const EntryAt written{destination.folder, temporary.c_str()};
+        const Failure failure = copySpecial(source, written);
+        return failure ? failure : replaceBy(written, destination);
+    }
+    std::vector<char> attributeNames;
+    SourceFile input(attributeNames);
+    if (const Failure failure = open(source, Links::tellApart, input)) return failure;
+    input.abilities = &abilities_.of(input.file.get(), input.status.st_dev);
+    const Failure failure = listExtendedAttributes(input.file.get(), *input.abilities, attributeNames);
+    return failure ? failure : copyBeside(input, destination, Links::tellApart, Durability::atOnce, watcher);
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -1,8 +1,9 @@
 // The transfer of one entry from folder to folder: a file, a link, a pipe.
 //
-// A new file is created exclusively and removed again when its copy fails. One that is replaced is written
-// under a temporary name beside it and renamed over it, so that the old or the new one stands there at any
-// time.
+// A new file of at most one page is made in place, exclusively, and written with one call: a kill leaves it
+// whole, empty or not there. One that takes more than that, or that is to replace another one, is written
+// under a temporary name beside its own and renamed when it is whole. What a failed copy has made is removed
+// again.
 #pragma once
 
 #include <fcntl.h>
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "platform/storage_vfs.h"
+#include "runtime/storage/providers/local/posix/entry_at.h"
 #include "runtime/storage/providers/local/posix/file_content.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/folder_entries.h"
@@ -17,60 +19,66 @@
 
 namespace korvex::runtime::storage::posix {
 
-/// An entry, named relative to an open folder (or AT_FDCWD).
-struct EntryAt {
-    int folder;
-    const char* name;
-};
-
-/// The same file with the same size and time of last change.
-bool isUnchanged(const struct ::stat& before, const struct ::stat& after) noexcept;
-
-/// A name for a temporary file that, in all likelihood, nobody else has.
-std::string temporaryName();
-
 /// Transfers of entries under one policy. May be used by several threads at once.
 class FileTransfer {
 public:
     using ReplacementPolicy = foundation::storage::provider::ReplacementPolicy;
 
-    /// With `keepsOwner`, as a move does, the owner is kept as far as the process may.
+    /// With `keepsOwner`, as a move does, the owner of the source is kept as far as the process may. Without,
+    /// a new file is the process's own, and one that is replaced keeps its owner as far as the process may.
     explicit FileTransfer(ReplacementPolicy policy, bool keepsOwner = false)
         : policy_(policy), keepsOwner_(keepsOwner) {}
 
-    /// Copies an entry of a kind that is no folder; a link as a link. `bytes` is what was copied.
-    Failure copy(EntryAt source, EntryKind kind, EntryAt destination, off_t& bytes);
-    /// Copies the file that the name leads to, links followed. What is no regular file is refused: EISDIR for
-    /// a folder, EOPNOTSUPP for others.
-    Failure copyFollowing(EntryAt source, EntryAt destination, off_t& bytes);
-    /// Copies under a temporary name and renames, whatever stands there or not.
-    Failure copyAtomically(EntryAt source, EntryKind kind, EntryAt destination);
+    /// Copies an entry of a kind that is no folder; a link as a link. `watcher` may be null, as for all.
+    Failure copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
+    /// Copies the file that the name leads to, links followed, on both sides. What is no regular file is
+    /// refused and not even opened: EISDIR for a folder, EOPNOTSUPP for others.
+    Failure copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher);
 
     /// Moves by renaming, or by copying and removing where that cannot be. The source goes only when its copy
-    /// is whole and it is still what was copied; else EBUSY at the source, and both stay.
-    Failure move(EntryAt source, EntryKind kind, EntryAt destination);
+    /// is whole and has reached the storage, and when it is still what was copied; else EBUSY at the source,
+    /// and both stay. Of two names of one file, the first one goes; an entry moved onto itself stays.
+    Failure move(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
 
     /// Whether the policy lets an entry of that kind replace what stands there: 0 when it may or nothing is
-    /// there, EEXIST, EACCES, ... Folders, devices, pipes and sockets are never replaced; a link gives way to
-    /// a link.
+    /// there, EEXIST, EACCES, EROFS, ... Folders, devices, pipes and sockets are never replaced, nor links to
+    /// one; a link gives way to a link.
     int mayReplace(EntryAt destination, EntryKind by = EntryKind::file) const;
-    bool keepsOwner() const noexcept { return keepsOwner_; }
 
-    CopyAbilities& abilities() noexcept { return abilities_; }
+    /// Gives a folder the attributes, permission bits and time of its source, whose status is given.
+    Failure dress(int source, const struct ::stat& status, int destination);
 
 private:
-    Failure copyFile(EntryAt source, int openFlags, EntryAt destination, off_t& bytes);
-    Failure fill(int source, const struct ::stat& status, FileDescriptor& destination);
-    Failure replaceFile(int source, const struct ::stat& status, EntryAt destination);
-    Failure copyLink(EntryAt source, EntryAt destination);
-    Failure copySpecial(EntryAt source, EntryAt destination);
+    struct SourceFile;
+    struct Standing;
+    class CreatedFile;
+    enum class Links { follow, tellApart };
+    /// Whether a copied file has to have reached the storage before it gets its name.
+    enum class Durability { whenever, atOnce };
+
+    Failure open(EntryAt source, Links links, SourceFile& opened) const;
+    Failure copyOpened(SourceFile& source, EntryAt destination, Links links, CopyWatcher* watcher) const;
+    Failure copyInPlace(const SourceFile& source, EntryAt destination, CopyWatcher* watcher) const;
+    Failure copyBeside(const SourceFile& source, EntryAt destination, Links links, Durability durability,
+                       CopyWatcher* watcher) const;
+    Failure copyAndRemove(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
+    Failure copyDurably(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
+    Failure copyLink(EntryAt source, EntryAt destination) const;
+    Failure copySpecial(EntryAt source, EntryAt destination) const;
+    Failure replaceBy(EntryAt written, EntryAt destination) const;
+
+    int lookAt(EntryAt destination, EntryKind by, Standing& standing) const;
+    int rename(EntryAt written, EntryAt destination, bool isReplacing) const;
+    int makeLink(const std::string& target, const struct ::stat& status, EntryAt link) const;
+    void keepOwnerAndTime(const struct ::stat& source, EntryAt made) const;
+    const struct ::stat* ownerOf(const SourceFile& source, const Standing& standing) const noexcept;
+    static mode_t modeAtCreation(const SourceFile& source, const struct ::stat* owner) noexcept;
+    static Failure fill(const SourceFile& source, CreatedFile& destination, const struct ::stat* owner,
+                        Durability durability, CopyWatcher* watcher);
 
     const ReplacementPolicy policy_;
     const bool keepsOwner_;
-    CopyAbilities abilities_;
+    AbilitiesOfDevices abilities_;
 };
-
-/// Renames, for a folder only onto nothing: EEXIST when anything stands there. 0 or the errno.
-int renameOntoNothing(EntryAt source, EntryAt destination) noexcept;
 
 }  // namespace korvex::runtime::storage::posix

@@ -30,7 +30,7 @@ EntryKind kindOfMode(mode_t mode) noexcept {
 }
 
 FolderEntries::FolderEntries(int folder)
-    : folder_(folder), buffer_(std::make_unique<std::array<std::byte, bufferSize>>()) {
+    : folder_(folder), buffer_(std::make_unique_for_overwrite<std::array<std::byte, bufferSize>>()) {
     rewind();
 }
 

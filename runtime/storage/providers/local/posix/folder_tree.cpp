@@ -18,10 +18,16 @@ FileDescriptor openBelow(int parent, const std::string& name) noexcept {
 }  // namespace
 
 TreeFolder::TreeFolder(FolderTree& tree, std::shared_ptr<TreeFolder> parent, std::string name)
-    : tree_(tree), parent_(std::move(parent)), name_(std::move(name)) {}
+    : tree_(tree), parent_(std::move(parent)), name_(std::move(name)) {
+    const std::size_t present = ++tree_.folders_;
+    std::size_t most = tree_.mostFolders_.load();
+    while (most < present && !tree_.mostFolders_.compare_exchange_weak(most, present)) {
+    }
+}
 
 TreeFolder::~TreeFolder() {
     tree_.forget(*this);
+    --tree_.folders_;
     // A chain of folders that only hold each other goes in a loop: its depth has no limit.
     std::shared_ptr<TreeFolder> above = std::move(parent_);
     while (above && above.use_count() == 1) {

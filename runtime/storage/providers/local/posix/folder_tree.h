@@ -52,6 +52,7 @@ public:
     /// For the walk and its visitor.
     bool wasCreated = false;
     bool wasEntered = false;
+    bool wasLeft = false;
     int readings = 0;
     std::unique_ptr<FolderNotes> notes;
 
@@ -99,7 +100,11 @@ public:
     /// The folder is done: its handles close.
     void forget(TreeFolder& folder) noexcept;
 
+    /// How many folders there were at most at a time, open or not.
+    std::size_t mostFolders() const noexcept { return mostFolders_.load(); }
+
 private:
+    friend class TreeFolder;
     int reopen(TreeFolder& folder);
     static int openAgain(int above, const std::string& name, TreeFolder::OpenSide& place);
     void markUsed(TreeFolder& folder);
@@ -109,6 +114,8 @@ private:
     std::mutex mutex_;
     /// Folders with an open handle, the one used last in front.
     std::list<TreeFolder*> open_;
+    std::atomic<std::size_t> folders_{0};
+    std::atomic<std::size_t> mostFolders_{0};
 };
 
 }  // namespace korvex::runtime::storage::posix

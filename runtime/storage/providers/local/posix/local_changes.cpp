@@ -11,11 +11,14 @@
 
 #include "runtime/storage/name_pattern.h"
 #include "runtime/storage/providers/local/local_provider.h"
+#include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/folder_entries.h"
+#include "runtime/storage/providers/local/posix/found_folder.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
+#include "runtime/storage/transfer_progress.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage {
@@ -31,9 +34,21 @@ namespace {
 /// How often a folder is emptied that somebody keeps filling.
 constexpr int mostRounds = 64;
 
-/// The write bits, and whether the process may write. `status` is that of what the place leads to.
-bool isWritableAt(const Place& place, const struct ::stat& status) noexcept {
-    return (status.st_mode & 0222) != 0 && ::faccessat(place.folder(), place.name(), W_OK, AT_EACCESS) == 0;
+/// Links followed. Raises `vfs::Exception` when the system cannot tell.
+bool isThere(const AbsoluteIRI& location, struct ::stat& status) {
+    std::string path;
+    if (!posix::nativePathOf(location, path)) return false;
+    const int systemError = posix::statusOf(path, posix::Links::follow, status);
+    if (systemError == 0) return true;
+    if (posix::meansNothingThere(systemError)) return false;
+    raiseSystemError(systemError, location, u"asking whether it is writable");
+}
+
+/// The write bits, and whether the process may write. `status` is that of what stands there, links followed.
+bool isWritableAt(const AbsoluteIRI& location, const struct ::stat& status) {
+    if ((status.st_mode & 0222) == 0) return false;
+    const Place place(location);
+    return ::faccessat(place.folder(), place.name(), W_OK, AT_EACCESS) == 0;
 }
 
 bool leadsToFolder(int folder, const char* name) noexcept {
@@ -42,10 +57,9 @@ bool leadsToFolder(int folder, const char* name) noexcept {
 }
 
 FileDescriptor openListedFolder(const AbsoluteIRI& location) {
-    int systemError = 0;
-    FileDescriptor searched = posix::openFolderByPath(posix::nativePathOf(location), systemError);
-    if (!searched) raiseSystemError(systemError, location, u"listing");
-    FileDescriptor folder(::openat(searched.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Place place(location);
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (location.parts().isKnownFolder ? O_NOFOLLOW : 0);
+    FileDescriptor folder(::openat(place.folder(), place.name(), flags));
     if (!folder) raiseSystemError(errno, location, u"listing");
     return folder;
 }
@@ -61,35 +75,33 @@ FileDescriptor openFolderAt(const Place& place, const AbsoluteIRI& location) {
 }  // namespace
 
 bool LocalProvider::isWritable(const AbsoluteIRI& location) {
-    std::string path;
-    if (!posix::nativePathOf(location, path)) return false;
-    const Place place(location);
     struct ::stat status {};
-    if (::fstatat(place.folder(), place.name(), &status, 0) == 0) return isWritableAt(place, status);
-    if (errno != ENOENT && errno != ENOTDIR)
-        raiseSystemError(errno, location, u"asking whether it is writable");
+    if (isThere(location, status)) return isWritableAt(location, status);
     if (!location.hasParent()) return false;
     // What does not exist is as writable as the folder that would hold it.
     const AbsoluteIRI parent = location.getParent();
-    return existence(parent) == provider::AsFolder && isWritable(parent);
+    return isThere(parent, status) && S_ISDIR(status.st_mode) && isWritableAt(parent, status);
 }
 
 void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
     const Place place(location);
+    // A link that a listing gave stands for itself: what it leads to may lie outside of what is worked on.
+    const int links = place.isFound() ? AT_SYMLINK_NOFOLLOW : 0;
     struct ::stat status {};
-    if (::fstatat(place.folder(), place.name(), &status, 0) != 0) {
+    if (::fstatat(place.folder(), place.name(), &status, links) != 0) {
         raiseSystemError(errno, location, u"changing permissions");
     }
+    if (S_ISLNK(status.st_mode)) return;
     const mode_t bits = status.st_mode & 07777;
     const mode_t wanted = isWritable ? bits | 0200 : bits & ~mode_t{0222};
-    if (wanted != bits && ::fchmodat(place.folder(), place.name(), wanted, 0) != 0) {
+    if (wanted != bits && ::fchmodat(place.folder(), place.name(), wanted, links) != 0) {
         raiseSystemError(errno, location, u"changing permissions");
     }
 }
 
 std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u16string_view pattern) {
     const NamePattern wanted(pattern);
-    const FileDescriptor folder = openListedFolder(location);
+    FileDescriptor folder = openListedFolder(location);
     posix::FolderEntries entries(folder.get());
     posix::FolderEntry entry{};
     int systemError = 0;
@@ -100,9 +112,13 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
         const bool isFolder =
             entry.kind == posix::EntryKind::folder ||
             (entry.kind == posix::EntryKind::link && leadsToFolder(folder.get(), entry.name));
-        listed.push_back({std::move(name), isFolder});
+        listed.push_back({std::move(name), isFolder, nullptr});
     }
     if (systemError != 0) raiseSystemError(systemError, location, u"listing");
+    if (const auto found = posix::FoundFolder::keep(std::move(folder), location)) {
+        for (ListedEntry& listedEntry : listed)
+            listedEntry.found = found;
+    }
     std::sort(listed.begin(), listed.end(),
               [](const ListedEntry& a, const ListedEntry& b) { return a.name < b.name; });
     return listed;
@@ -120,6 +136,7 @@ void LocalProvider::removeFile(const AbsoluteIRI& file) {
 }
 
 void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) {
+    stopIfInterrupted(folder);
     const Place place(folder);
     // The system would refuse such a name in the end, but by then the folder it leads to would be empty.
     const std::string name = place.lastComponent();
@@ -143,6 +160,25 @@ void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy 
 void LocalProvider::createFolder(const AbsoluteIRI& folder) {
     const Place place(folder);
     if (::mkdirat(place.folder(), place.name(), 0777) != 0) raiseSystemError(errno, folder, u"creating");
+}
+
+void LocalProvider::makeDurable(const AbsoluteIRI& location) {
+    const Place place(posix::behindLink(location));
+    const FileDescriptor opened(
+        ::openat(place.folder(), place.name(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct ::stat status {};
+    int systemError = 0;
+    if (!opened) {
+        systemError = errno == EACCES ? posix::syncAll() : errno;
+    } else if (::fstat(opened.get(), &status) != 0) {
+        systemError = errno;
+    } else if (S_ISDIR(status.st_mode)) {
+        systemError = posix::syncFileSystem(opened.get());
+    } else {
+        systemError = posix::syncFile(opened.get());
+        if (systemError == 0) systemError = posix::syncFolderOf(place.folder(), place.name());
+    }
+    if (systemError != 0) raiseSystemError(systemError, location, u"writing");
 }
 
 void LocalProvider::createFolderRecursive(const AbsoluteIRI& folder) {

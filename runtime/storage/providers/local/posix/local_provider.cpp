@@ -1,7 +1,8 @@
 // The provider of the scheme "file" on POSIX systems.
 #include "runtime/storage/providers/local/local_provider.h"
 
-#include <algorithm>
+#include <fcntl.h>
+
 #include <cerrno>
 #include <string>
 
@@ -16,18 +17,23 @@ namespace korvex::runtime::storage {
 namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
 using posix::Links;
+using posix::meansNothingThere;
 
 namespace {
 
-/// Errors that say: there is nothing of that name, and cannot be.
-bool meansNothingThere(int systemError) noexcept {
-    constexpr int errors[] = {ENOENT, ENOTDIR, ENAMETOOLONG, ELOOP, EINVAL, EILSEQ, ENXIO, ENODEV};
-    return std::find(std::begin(errors), std::end(errors), systemError) != std::end(errors);
+/// As `posix::statusOf`, in the folder in which a listing found the entry.
+int statusOfFound(const AbsoluteIRI& location, Links links, struct ::stat& status) {
+    int systemError = 0;
+    const posix::Place place(location, systemError);
+    if (systemError != 0) return systemError;
+    const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    return ::fstatat(place.folder(), place.name(), &status, flags) == 0 ? 0 : errno;
 }
 
 /// False when nothing is there. Raises `vfs::Exception` when the system cannot tell.
 bool lookUp(const AbsoluteIRI& location, const std::string& path, Links links, struct ::stat& status) {
-    const int systemError = posix::statusOf(path, links, status);
+    const int systemError = location.parts().found ? statusOfFound(location, links, status)
+                                                   : posix::statusOf(path, links, status);
     if (systemError == 0) return true;
     if (meansNothingThere(systemError)) return false;
     posix::raiseSystemError(systemError, location, u"existence");
@@ -51,7 +57,10 @@ ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& locati
     if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::tellApart, status)) {
         return provider::ExtendedNothing;
     }
-    if (S_ISDIR(status.st_mode)) return provider::ExtendedFolder;
+    if (S_ISDIR(status.st_mode)) {
+        location.parts().isKnownFolder = true;
+        return provider::ExtendedFolder;
+    }
     if (S_ISREG(status.st_mode)) return provider::ExtendedFile;
     if (!S_ISLNK(status.st_mode)) return provider::ExtendedDevice;
     if (!lookUp(location, path, Links::follow, status)) return provider::ExtendedBrokenLink;

@@ -6,12 +6,16 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_transfer.h"
+#include "runtime/storage/providers/local/posix/local_times.h"
 #include "runtime/storage/providers/local/posix/place.h"
 
 namespace korvex::runtime::storage {
@@ -25,23 +29,18 @@ using posix::raiseSystemError;
 
 namespace {
 
-constexpr std::int64_t nanosecondsInSecond = 1'000'000'000;
-
-/// Rounds down, also below zero, as times before 1970 need it.
-constexpr std::int64_t floorOfDivision(std::int64_t dividend, std::int64_t divisor) noexcept {
-    const std::int64_t quotient = dividend / divisor;
-    return quotient * divisor > dividend ? quotient - 1 : quotient;
-}
-
 class LocalInputStream : public InputStream {
 public:
     explicit LocalInputStream(const AbsoluteIRI& location) : location_(location) {
         const Place place(location);
+        // What is no regular file is not even opened: that may change what a device or pipe does.
+        if (::fstatat(place.folder(), place.name(), &status_, 0) != 0)
+            raiseSystemError(errno, location_, u"reading");
+        requireFile();
         file_ = FileDescriptor(
             ::openat(place.folder(), place.name(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
         if (!file_ || ::fstat(file_.get(), &status_) != 0) raiseSystemError(errno, location_, u"reading");
-        if (S_ISDIR(status_.st_mode)) raiseSystemError(EISDIR, location_, u"reading");
-        if (!S_ISREG(status_.st_mode)) raiseSystemError(EOPNOTSUPP, location_, u"reading");
+        requireFile();
     }
 
     std::size_t read(std::span<std::byte> buffer) override {
@@ -55,12 +54,16 @@ public:
     FileAttributes attributes() const override {
         using namespace std::chrono;
         return {.size = static_cast<std::uint64_t>(status_.st_size),
-                .changed = sys_time<nanoseconds>(seconds(status_.st_mtim.tv_sec) +
-                                                 nanoseconds(status_.st_mtim.tv_nsec)),
+                .changed = sys_time<nanoseconds>(nanoseconds(posix::nanosecondsOf(status_.st_mtim))),
                 .isWritable = (status_.st_mode & 0222) != 0};
     }
 
 private:
+    void requireFile() const {
+        if (S_ISDIR(status_.st_mode)) raiseSystemError(EISDIR, location_, u"reading");
+        if (!S_ISREG(status_.st_mode)) raiseSystemError(EOPNOTSUPP, location_, u"reading");
+    }
+
     const AbsoluteIRI location_;
     FileDescriptor file_;
     struct ::stat status_ {};
@@ -75,8 +78,12 @@ public:
           final_(posix::behindLink(location)),
           temporary_(final_, posix::temporaryName()) {
         raiseUnlessReplaceable();
+        // Others must not come to read what is to replace something that they cannot read.
+        struct ::stat standing {};
+        const bool isReplacing = ::fstatat(final_.folder(), final_.name(), &standing, 0) == 0;
         file_ = FileDescriptor(::openat(temporary_.folder(), temporary_.name(),
-                                        O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+                                        O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
+                                        isReplacing ? 0600 : 0666));
         isMade_ = static_cast<bool>(file_);
         if (!file_) raiseSystemError(errno, location_, u"writing");
     }
@@ -109,22 +116,40 @@ public:
     }
 
 private:
-    int giveAttributes() const noexcept {
-        struct ::stat status {};
-        if (::fstat(file_.get(), &status) != 0) return errno;
-        // A file that is replaced hands its permission bits on: others must not come to read what they could
-        // not.
-        struct ::stat earlier {};
-        const bool isReplaced = ::fstatat(final_.folder(), final_.name(), &earlier, 0) == 0;
-        const mode_t bits = (isReplaced ? earlier.st_mode : status.st_mode) & 0777;
-        const mode_t wanted = attributes_.isWritable == false ? bits & ~mode_t{0222} : bits;
-        if (::fchmod(file_.get(), wanted) != 0) return errno;
+    /// 0 or the errno.
+    int giveAttributes() const {
+        struct ::stat made {};
+        if (::fstat(file_.get(), &made) != 0) return errno;
+        mode_t bits = made.st_mode & 0777;
+        if (const int systemError = takeOver(made, bits)) return systemError;
+        if (attributes_.isWritable == false) bits &= ~mode_t{0222};
+        if (attributes_.isWritable == true) bits |= 0200;
+        if (::fchmod(file_.get(), bits) != 0 && !posix::meansNotKept(errno)) return errno;
         if (!attributes_.changed) return 0;
-        const std::int64_t changed = attributes_.changed->time_since_epoch().count();
-        const std::int64_t seconds = floorOfDivision(changed, nanosecondsInSecond);
         const struct timespec times[2] = {{0, UTIME_OMIT},
-                                          {seconds, changed - seconds * nanosecondsInSecond}};
-        return ::futimens(file_.get(), times) == 0 ? 0 : errno;
+                                          posix::timeOf(attributes_.changed->time_since_epoch().count())};
+        return ::futimens(file_.get(), times) == 0 || posix::meansNotKept(errno) ? 0 : errno;
+    }
+
+    /// A file that is replaced hands its owner, its access list and its permission bits on: whoever could get
+    /// at it still can, and nobody else. 0 or the errno.
+    int takeOver(struct ::stat& made, mode_t& bits) const {
+        struct ::stat earlier {};
+        if (::fstatat(final_.folder(), final_.name(), &earlier, 0) != 0) return 0;
+        posix::giveOwner(file_.get(), earlier, made);
+        if (const int systemError = posix::removeInheritedAccessLists(file_.get(), made.st_mode, {}))
+            return systemError;
+        bits = earlier.st_mode & 0777;
+        const FileDescriptor opened(::openat(final_.folder(), final_.name(),
+                                             O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW));
+        if (!opened) {
+            // If it has a list, its group's bits are not what its group may.
+            bits &= 0707;
+            return 0;
+        }
+        static const std::vector<char> accessList(
+            posix::accessListName, posix::accessListName + std::strlen(posix::accessListName) + 1);
+        return posix::copyExtendedAttributes(opened.get(), file_.get(), accessList, made).systemError;
     }
 
     void raiseUnlessReplaceable() const {

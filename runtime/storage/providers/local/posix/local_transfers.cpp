@@ -9,16 +9,21 @@
 #include <utility>
 
 #include "runtime/storage/providers/local/local_provider.h"
+#include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/file_progress.h"
 #include "runtime/storage/providers/local/posix/file_transfer.h"
+#include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
+#include "runtime/storage/transfers.h"
 
 namespace korvex::runtime::storage {
 
 namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
+using posix::CopiedEntries;
 using posix::EntryAt;
 using posix::EntryKind;
 using posix::Failure;
@@ -32,6 +37,8 @@ namespace {
 
 constexpr const char16_t* copying = u"copying";
 constexpr const char16_t* moving = u"moving";
+/// How often a folder is emptied that somebody keeps filling.
+constexpr int mostRounds = 64;
 
 EntryAt entryAt(const Place& place) noexcept { return {place.folder(), place.name()}; }
 
@@ -74,71 +81,129 @@ DestinationFolder openDestination(const Place& place, const AbsoluteIRI& locatio
     if (!isNew && (errno != EEXIST || policy == provider::ReplaceWritable)) {
         raiseSystemError(errno, location, copying);
     }
-    // The folder that was named may be reached through a link; those below it may not.
-    FileDescriptor folder(::openat(place.folder(), place.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // A folder that was there may be named by a link. In place of a new one a link is somebody's trap.
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isNew ? O_NOFOLLOW : 0);
+    FileDescriptor folder(::openat(place.folder(), place.name(), flags));
     if (!folder) raiseSystemError(errno == ENOTDIR || errno == ELOOP ? EEXIST : errno, location, copying);
     return {std::move(folder), isNew};
 }
 
-/// Where a failed renaming is to be told: the system does not say which of the two names it means.
-const AbsoluteIRI& renameFailedAt(const Place& from, const AbsoluteIRI& source,
-                                  const AbsoluteIRI& destination, int systemError) {
-    struct ::stat status {};
-    if (!statusAt(from, AT_SYMLINK_NOFOLLOW, status)) return source;
-    const bool isRefused = systemError == EACCES || systemError == EPERM;
-    const Place above(from, ".");
-    const bool mayLeave = ::faccessat(above.folder(), above.name(), W_OK, AT_EACCESS) == 0;
-    return isRefused && !mayLeave ? source : destination;
-}
-
 [[noreturn]] void raiseRenameFailure(int systemError, const Place& from, const AbsoluteIRI& source,
                                      const AbsoluteIRI& destination) {
-    raiseSystemError(systemError == EISDIR ? EEXIST : systemError,
-                     renameFailedAt(from, source, destination, systemError), moving);
+    const bool isAtSource = posix::sideOfFailedRenaming(entryAt(from), systemError) == posix::sourceSide;
+    raiseSystemError(systemError == EISDIR ? EEXIST : systemError, isAtSource ? source : destination, moving);
+}
+
+/// Between file systems: what could not go from its source in the end is not copied in the first place.
+void refuseImmovable(const Place& from, const AbsoluteIRI& source) {
+    if (const int systemError = posix::obstacleToLeaving(entryAt(from)))
+        raiseSystemError(systemError, source, moving);
+}
+
+bool isOnDeviceOf(const Place& place, const struct ::stat& status) noexcept {
+    struct ::stat folder {};
+    const Place above(place, ".");
+    return statusAt(above, 0, folder) && folder.st_dev == status.st_dev;
+}
+
+/// A whole folder that was renamed is one item.
+void tellMoved(const AbsoluteIRI& source) {
+    ProgressCounter counter;
+    counter.found(1, 0);
+    counter.finished(1, 0, [&] { return source; });
 }
 
 /// Removes what was made on the way to something that failed; what went wrong first is what is told.
 void undo(const Place& folder, const AbsoluteIRI& location) noexcept {
     try {
+        ::fchmodat(folder.folder(), folder.name(), S_IRWXU, AT_SYMLINK_NOFOLLOW);
         posix::removeTreeContents({openForReading(folder, O_NOFOLLOW, location, moving), location},
-                                  posix::Interrupts::wait);
+                                  posix::Purpose::undoing);
         ::unlinkat(folder.folder(), folder.name(), AT_REMOVEDIR);
     } catch (const std::exception&) {
         // What cannot be removed stays under its temporary name.
     }
 }
 
+/// What was copied has to reach the storage before its source goes.
+void settle(const FileDescriptor& copied, const AbsoluteIRI& destination) {
+    if (const int systemError = posix::syncFileSystem(copied.get()))
+        raiseSystemError(systemError, destination, moving);
+}
+
+/// Takes the folder away from which `empty` takes what is in it, as often as something is left.
+template <class Empty>
+void removeEmptied(const Place& place, const AbsoluteIRI& location, const Empty& empty, int unlessEmpty) {
+    for (int round = 0; round < mostRounds; ++round) {
+        empty();
+        if (::unlinkat(place.folder(), place.name(), AT_REMOVEDIR) == 0 || errno == ENOENT) return;
+        const bool isNotEmpty = errno == ENOTEMPTY || errno == EEXIST;
+        if (!isNotEmpty) raiseSystemError(errno, location, moving);
+    }
+    raiseSystemError(unlessEmpty, location, moving);
+}
+
+void removeCopied(const Place& place, const AbsoluteIRI& location, const CopiedEntries& copied) {
+    const auto empty = [&] {
+        posix::removeCopiedContents({openForReading(place, O_NOFOLLOW, location, moving), location}, copied);
+    };
+    removeEmptied(place, location, empty, EBUSY);
+}
+
 /// Between file systems: the tree is copied under a temporary name, renamed, and only then removed at its
 /// source.
 void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const AbsoluteIRI& destination,
                          const Place& to, ReplacementPolicy policy) {
+    refuseImmovable(from, source);
+    CopiedEntries copied;
     const Place staging(to, posix::temporaryName());
     if (::mkdirat(staging.folder(), staging.name(), 0700) != 0) raiseSystemError(errno, destination, moving);
     try {
+        const FileDescriptor copy = openForReading(staging, O_NOFOLLOW, destination, moving);
         posix::copyTree({openForReading(from, O_NOFOLLOW, source, moving), source},
                         {openForReading(staging, O_NOFOLLOW, destination, moving), destination}, true, policy,
-                        true);
+                        &copied);
+        settle(copy, destination);
         const int systemError = posix::renameOntoNothing(entryAt(staging), entryAt(to));
         if (systemError != 0) raiseSystemError(systemError, destination, moving);
     } catch (...) {
         undo(staging, destination);
         throw;
     }
-    posix::removeCopiedContents({openForReading(from, O_NOFOLLOW, source, moving), source},
-                                {openForReading(to, O_NOFOLLOW, destination, moving), destination});
-    if (::unlinkat(from.folder(), from.name(), AT_REMOVEDIR) != 0) {
-        raiseSystemError(errno == ENOTEMPTY ? EBUSY : errno, source, moving);
-    }
+    if (const int systemError = posix::syncFolderOf(to.folder(), to.name()))
+        raiseSystemError(systemError, destination, moving);
+    copied.close();
+    removeCopied(from, source, copied);
 }
 
-/// Into a folder that exists, entry by entry.
+/// Into a folder that exists: entry by entry where they can be renamed; between file systems all are copied
+/// before the first one goes.
 void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& from,
                  const AbsoluteIRI& destination, const Place& to, ReplacementPolicy policy) {
-    FileDescriptor into(::openat(to.folder(), to.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!into) raiseSystemError(errno == ENOTDIR ? EEXIST : errno, destination, moving);
-    posix::moveTreeContents({openForReading(from, O_NOFOLLOW, source, moving), source},
-                            {std::move(into), destination}, policy);
-    local.removeFolder(source, vfs::RemoveEmptyFolder);
+    refuseMergeOntoItself(local, source, destination);
+    const auto openSource = [&] { return openForReading(from, O_NOFOLLOW, source, moving); };
+    const auto openTarget = [&] {
+        FileDescriptor into(::openat(to.folder(), to.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!into) raiseSystemError(errno == ENOTDIR ? EEXIST : errno, destination, moving);
+        return into;
+    };
+    const FileDescriptor into = openTarget();
+    struct ::stat leaving {};
+    struct ::stat standing {};
+    const bool areApart = statusAt(from, AT_SYMLINK_NOFOLLOW, leaving) &&
+                          ::fstat(into.get(), &standing) == 0 && leaving.st_dev != standing.st_dev;
+    if (areApart) {
+        refuseImmovable(from, source);
+        CopiedEntries copied;
+        posix::copyTree({openSource(), source}, {openTarget(), destination}, false, policy, &copied);
+        settle(into, destination);
+        copied.close();
+        return removeCopied(from, source, copied);
+    }
+    const auto empty = [&] {
+        posix::moveTreeContents({openSource(), source}, {openTarget(), destination}, policy);
+    };
+    removeEmptied(from, source, empty, ENOTEMPTY);
 }
 
 }  // namespace
@@ -146,36 +211,38 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
 void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                              ReplacementPolicy policy) {
     stopIfInterrupted(source);
-    ProgressCounter progress;
-    progress.found(1, 0);
+    ProgressCounter counter;
+    const auto location = [&] { return source; };
+    posix::FileProgress progress(counter, location);
     const Place from(source);
-    const Place to(posix::behindLink(destination));
+    const Place to(destination);
     FileTransfer transfer(policy);
-    off_t bytes = 0;
-    raiseIfFailed(transfer.copyFollowing(entryAt(from), entryAt(to), bytes), source, destination, copying);
-    progress.found(0, static_cast<std::uint64_t>(bytes));
-    progress.finished(1, static_cast<std::uint64_t>(bytes), [&] { return source; });
+    raiseIfFailed(transfer.copyFollowing(entryAt(from), entryAt(to), progress.watcher()), source, destination,
+                  copying);
+    progress.finish();
 }
 
 void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                              ReplacementPolicy policy) {
     stopIfInterrupted(source);
-    ProgressCounter progress;
-    progress.found(1, 0);
+    ProgressCounter counter;
+    const auto location = [&] { return source; };
+    posix::FileProgress progress(counter, location);
     const Place from(source);
     const Place to(destination);
     struct ::stat status {};
     if (!statusAt(from, AT_SYMLINK_NOFOLLOW, status)) raiseSystemError(errno, source, moving);
     if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR, source, moving);
+    if (!isOnDeviceOf(to, status)) refuseImmovable(from, source);
     FileTransfer transfer(policy, true);
-    const Failure failure = transfer.move(entryAt(from), posix::kindOfMode(status.st_mode), entryAt(to));
+    const Failure failure =
+        transfer.move(entryAt(from), posix::kindOfMode(status.st_mode), entryAt(to), progress.watcher());
     if (failure && failure.side == posix::destinationSide) {
         // The system does not say which of the two names it means.
-        raiseSystemError(failure.systemError, renameFailedAt(from, source, destination, failure.systemError),
-                         moving);
+        raiseRenameFailure(failure.systemError, from, source, destination);
     }
     raiseIfFailed(failure, source, destination, moving);
-    progress.finished(1, 0, [&] { return source; });
+    progress.finish();
 }
 
 void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
@@ -197,6 +264,9 @@ void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
     const Place to(destination);
     struct ::stat status {};
     if (!statusAt(from, AT_SYMLINK_NOFOLLOW, status)) raiseSystemError(errno, source, moving);
+    // The system would refuse such a name in the end, but by then the folder it leads to would be empty.
+    const std::string name = from.lastComponent();
+    if (name == "." || name == "..") throw vfs::Exception(vfs::invalidLocation, source, moving);
     const bool isLink = S_ISLNK(status.st_mode);
     if (!isLink && !S_ISDIR(status.st_mode)) raiseSystemError(ENOTDIR, source, moving);
     if (!isLink) refuseOwnSubtree(*this, source, destination, moving);
@@ -208,11 +278,13 @@ void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
     if (isTaken && !mayMerge) raiseSystemError(EEXIST, destination, moving);
     if (isTaken) return mergeFolder(*this, source, from, destination, to, policy);
     const int systemError = posix::renameOntoNothing(entryAt(from), entryAt(to));
-    if (systemError == 0) return;
+    if (systemError == 0) return tellMoved(source);
     if (systemError != EXDEV) raiseRenameFailure(systemError, from, source, destination);
     if (!isLink) return moveFolderByCopying(source, from, destination, to, policy);
     FileTransfer transfer(provider::ReplaceWritable, true);
-    raiseIfFailed(transfer.move(entryAt(from), EntryKind::link, entryAt(to)), source, destination, moving);
+    raiseIfFailed(transfer.move(entryAt(from), EntryKind::link, entryAt(to), nullptr), source, destination,
+                  moving);
+    tellMoved(source);
 }
 
 }  // namespace korvex::runtime::storage

@@ -5,7 +5,9 @@
 #include <limits.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -130,6 +132,11 @@ int statusOf(const std::string& path, Links links, struct ::stat& status) noexce
     } catch (const std::bad_alloc&) {
         return ENOMEM;
     }
+}
+
+bool meansNothingThere(int systemError) noexcept {
+    constexpr int errors[] = {ENOENT, ENOTDIR, ENAMETOOLONG, ELOOP, EINVAL, EILSEQ, ENXIO, ENODEV};
+    return std::find(std::begin(errors), std::end(errors), systemError) != std::end(errors);
 }
 
 FileDescriptor openFolderByPath(const std::string& path, int& systemError) {

@@ -17,6 +17,9 @@ enum class Links { follow, tellApart };
 /// As `stat` or `lstat`: 0, or the errno. `path` is absolute and holds no NUL.
 int statusOf(const std::string& path, Links links, struct ::stat& status) noexcept;
 
+/// Errors that say: there is nothing of that name, and cannot be.
+bool meansNothingThere(int systemError) noexcept;
+
 /// Opens a folder, links followed, for looking up names below it. No descriptor and the errno when it cannot.
 FileDescriptor openFolderByPath(const std::string& path, int& systemError);
 

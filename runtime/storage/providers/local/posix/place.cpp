@@ -16,6 +16,15 @@ namespace vfs = foundation::storage::vfs;
 
 namespace {
 
+/// The last component of the path of an entry that a listing gave: a name that this disk has.
+std::string nativeNameOf(const vfs::AbsoluteIRI& location) {
+    const std::u16string_view path = location.parts().path;
+    std::string bytes;
+    if (!text::toBytes(path.substr(path.rfind(u'/') + 1), bytes))
+        throw vfs::Exception(vfs::invalidLocation, location);
+    return bytes;
+}
+
 /// Room for the name of a temporary file in the same folder.
 constexpr std::size_t longestDirectPath = PATH_MAX - 64;
 
@@ -32,17 +41,29 @@ std::string nativePathOf(const vfs::AbsoluteIRI& location) {
     return bytes;
 }
 
-Place::Place(const vfs::AbsoluteIRI& location) : folder_(AT_FDCWD), name_(nativePathOf(location)) {
+Place::Place(const vfs::AbsoluteIRI& location, int& systemError)
+    : found_(FoundFolder::of(location)), folder_(AT_FDCWD) {
+    systemError = 0;
+    if (found_) {
+        name_ = nativeNameOf(location);
+        folder_ = found_->handle(opened_, systemError);
+        return;
+    }
+    name_ = nativePathOf(location);
     if (name_.size() < longestDirectPath) return;
     const std::size_t slash = name_.rfind('/');
-    int systemError = 0;
     opened_ = openFolderByPath(name_.substr(0, slash), systemError);
-    if (!opened_) raiseSystemError(systemError, location, u"opening the folder");
     folder_ = opened_.get();
     name_.erase(0, slash + 1);
 }
 
-Place::Place(const Place& other, const std::string& name) : folder_(other.folder_) {
+Place::Place(const vfs::AbsoluteIRI& location) : folder_(AT_FDCWD) {
+    int systemError = 0;
+    *this = Place(location, systemError);
+    if (systemError != 0) raiseSystemError(systemError, location, u"opening the folder");
+}
+
+Place::Place(const Place& other, const std::string& name) : found_(other.found_), folder_(other.folder_) {
     const std::size_t slash = other.name_.rfind('/');
     name_ = (slash == std::string::npos ? std::string() : other.name_.substr(0, slash + 1)) + name;
 }

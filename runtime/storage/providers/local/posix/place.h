@@ -1,10 +1,12 @@
 // One entry to act on, named relative to a folder. Works for paths of any length.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "platform/storage_vfs.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
+#include "runtime/storage/providers/local/posix/found_folder.h"
 
 namespace korvex::runtime::storage::posix {
 
@@ -13,6 +15,8 @@ public:
     /// The entry of a local location. Raises `vfs::Exception`: `invalidLocation` for what no name on this
     /// disk can read as, and what opening the folder above meets when the path is long.
     explicit Place(const foundation::storage::vfs::AbsoluteIRI& location);
+    /// The same without an exception for a folder that is gone: `systemError` is 0 or the errno then.
+    Place(const foundation::storage::vfs::AbsoluteIRI& location, int& systemError);
     /// An entry with this name in the folder that holds `other`. The other place must live as long.
     Place(const Place& other, const std::string& name);
 
@@ -21,8 +25,11 @@ public:
     const char* name() const noexcept { return name_.c_str(); }
     /// Without the path in front.
     std::string lastComponent() const;
+    /// Named by what a listing gave, relative to the folder that was listed.
+    bool isFound() const noexcept { return found_ != nullptr; }
 
 private:
+    std::shared_ptr<const FoundFolder> found_;
     FileDescriptor opened_;
     int folder_;
     std::string name_;

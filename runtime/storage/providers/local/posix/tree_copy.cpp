@@ -7,6 +7,7 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/file_progress.h"
 #include "runtime/storage/providers/local/posix/tree_failures.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
@@ -23,11 +24,12 @@ constexpr const char16_t* context = u"copying";
 class TreeCopy : public TreeVisitor {
 public:
     TreeCopy(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination,
-             provider::ReplacementPolicy policy, bool keepsOwner)
+             provider::ReplacementPolicy policy, CopiedEntries* copied)
         : source_(source),
           destination_(destination),
           mayMerge_(policy != provider::ReplaceWritable),
-          transfer_(policy, keepsOwner) {}
+          copied_(copied),
+          transfer_(policy, copied != nullptr) {}
 
     void walkFrom(OpenTree source, OpenTree destination, bool isNew) {
         TreeWalk walk(*this);
@@ -44,6 +46,8 @@ public:
     bool hasDestination() const override { return true; }
 
     bool enter(TreeFolder& folder) override {
+        if (interpreter::isInterruptPending())
+            stopIfInterrupted(locationBelow(source_, folder.relativePath()));
         if (!folder.parent()) return true;
         if (const int systemError = tree_->open(folder, sourceSide)) fail({systemError, sourceSide}, folder);
         // Reached by whatever way, the copy must not find itself.
@@ -56,20 +60,21 @@ public:
             fail({systemError == ENOTDIR || systemError == ELOOP ? EEXIST : systemError, destinationSide},
                  folder);
         }
+        if (copied_ != nullptr) copied_->addFolder(folder);
         return true;
     }
 
     void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
                const WalkedEntry& entry) override {
         if (interpreter::isInterruptPending()) stopIfInterrupted(locationIn(source_, folder, entry.name));
-        progress_.found(1, 0);
-        off_t bytes = 0;
-        const Failure failure = transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
-                                               {handles[destinationSide]->get(), entry.name.c_str()}, bytes);
+        const auto location = [&] { return locationIn(source_, folder, entry.name); };
+        FileProgress progress(progress_, location);
+        if (copied_ != nullptr) copied_->add(folder, handles[sourceSide]->get(), entry.name);
+        const Failure failure =
+            transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
+                           {handles[destinationSide]->get(), entry.name.c_str()}, progress.watcher());
         if (failure) raise(failure, locationIn(sideOf(failure), folder, entry.name));
-        progress_.found(0, static_cast<std::uint64_t>(bytes));
-        progress_.finished(1, static_cast<std::uint64_t>(bytes),
-                           [&] { return locationIn(source_, folder, entry.name); });
+        progress.finish();
     }
 
     /// Times and permission bits come last: making entries changes the one and may need the other.
@@ -80,12 +85,13 @@ public:
         if (!destination) fail({systemError, destinationSide}, folder);
         const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError);
         if (!source) fail({systemError, sourceSide}, folder);
-        const Failure failure =
-            copyExtendedAttributes(source->get(), destination->get(), transfer_.abilities());
+        const Failure failure = transfer_.dress(source->get(), folder.status, destination->get());
         if (failure) fail(failure, folder);
-        systemError = copyModeAndTimes(folder.status, destination->get(), transfer_.keepsOwner());
-        if (systemError != 0) fail({systemError, destinationSide}, folder);
         return true;
+    }
+
+    void abandon(TreeFolder& folder) noexcept override {
+        if (folder.wasCreated) dressAbandoned(*tree_, transfer_, folder);
     }
 
 private:
@@ -113,6 +119,7 @@ private:
     const vfs::AbsoluteIRI source_;
     const vfs::AbsoluteIRI destination_;
     const bool mayMerge_;
+    CopiedEntries* const copied_;
     struct ::stat target_ {};
     FileTransfer transfer_;
     ProgressCounter progress_;
@@ -122,8 +129,8 @@ private:
 }  // namespace
 
 void copyTree(OpenTree source, OpenTree destination, bool isNew, provider::ReplacementPolicy policy,
-              bool keepsOwner) {
-    TreeCopy copy(source.location, destination.location, policy, keepsOwner);
+              CopiedEntries* copied) {
+    TreeCopy copy(source.location, destination.location, policy, copied);
     copy.walkFrom(std::move(source), std::move(destination), isNew);
 }
 

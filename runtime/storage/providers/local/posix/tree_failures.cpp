@@ -38,4 +38,18 @@ std::shared_ptr<TreeFolder> makeTop(TreeWalk& walk, FileDescriptor source,
     return top;
 }
 
+void dressAbandoned(FolderTree& tree, FileTransfer& transfer, TreeFolder& folder) noexcept {
+    try {
+        int systemError = 0;
+        const FolderTree::Handle source = tree.handle(folder, sourceSide, systemError);
+        const FolderTree::Handle destination = tree.handle(folder, destinationSide, systemError);
+        if (!source || !destination) return;
+        struct ::stat status = folder.status;
+        status.st_mode |= S_IRWXU;
+        transfer.dress(source->get(), status, destination->get());
+    } catch (const std::exception&) {
+        // What the walk has failed with is what counts.
+    }
+}
+
 }  // namespace korvex::runtime::storage::posix

@@ -1,4 +1,5 @@
-// From a failure on a walk to the exception that tells it, at the location where it happened.
+// From a failure on a walk to the exception that tells it, at the location where it happened, and what
+// becomes of the folders that were under way.
 #pragma once
 
 #include <string>
@@ -25,5 +26,9 @@ void runWalk(TreeWalk& walk, std::shared_ptr<TreeFolder> top,
 /// The top folder of a walk with its sides adopted. Raises `vfs::Exception`.
 std::shared_ptr<TreeFolder> makeTop(TreeWalk& walk, FileDescriptor source,
                                     const foundation::storage::vfs::AbsoluteIRI& sourceLocation);
+
+/// Gives a new folder that will not be filled any more the attributes of its source. Its owner may enter and
+/// write it all the same, so that somebody can go on with it.
+void dressAbandoned(FolderTree& tree, FileTransfer& transfer, TreeFolder& folder) noexcept;
 
 }  // namespace korvex::runtime::storage::posix

@@ -10,6 +10,7 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/local_times.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/storage/providers/local/posix/tree_failures.h"
@@ -22,8 +23,6 @@ namespace vfs = foundation::storage::vfs;
 
 namespace {
 
-constexpr std::int64_t nanosecondsInSecond = 1'000'000'000;
-
 ListedTreeEntry describe(int folder, const WalkedEntry& entry) {
     ListedTreeEntry listed;
     listed.name = text::fromBytes(entry.name);
@@ -32,7 +31,7 @@ ListedTreeEntry describe(int folder, const WalkedEntry& entry) {
     if (::fstatat(folder, entry.name.c_str(), &status, 0) != 0) return listed;
     listed.isFolder = S_ISDIR(status.st_mode);
     listed.size = listed.isFolder ? 0 : static_cast<std::uint64_t>(status.st_size);
-    listed.modified = status.st_mtim.tv_sec * nanosecondsInSecond + status.st_mtim.tv_nsec;
+    listed.modified = nanosecondsOf(status.st_mtim);
     return listed;
 }
 
@@ -94,7 +93,7 @@ private:
         listed.name = text::fromBytes(folder.name());
         listed.isFolder = true;
         listed.size = 0;
-        listed.modified = folder.status.st_mtim.tv_sec * nanosecondsInSecond + folder.status.st_mtim.tv_nsec;
+        listed.modified = nanosecondsOf(folder.status.st_mtim);
         add(*folder.parent(), std::move(listed));
     }
 

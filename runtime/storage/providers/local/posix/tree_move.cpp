@@ -7,7 +7,10 @@
 #include <utility>
 
 #include "runtime/interpreter/interrupts.h"
+#include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/file_progress.h"
+#include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/tree_failures.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
@@ -21,6 +24,12 @@ namespace {
 
 constexpr const char16_t* context = u"moving";
 constexpr int mostReadings = 64;
+
+/// Whether the source has gone by itself: there is nothing left to be moved then.
+bool isGone(EntryAt source) noexcept {
+    struct ::stat status {};
+    return ::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT;
+}
 
 class TreeMove : public TreeVisitor {
 public:
@@ -43,6 +52,8 @@ public:
 
     /// A folder that has no counterpart moves as a whole and is passed over; else its contents do.
     bool enter(TreeFolder& folder) override {
+        if (interpreter::isInterruptPending())
+            stopIfInterrupted(locationBelow(source_, folder.relativePath()));
         if (!folder.parent()) return true;
         int systemError = 0;
         const FolderTree::Handle from = tree_->handle(*folder.parent(), sourceSide, systemError);
@@ -50,11 +61,14 @@ public:
         const FolderTree::Handle to = tree_->handle(*folder.parent(), destinationSide, systemError);
         if (!to) fail({systemError, destinationSide}, folder);
         const char* const name = folder.name().c_str();
-        systemError = renameOntoNothing({from->get(), name}, {to->get(), name});
-        if (systemError == 0 || systemError == ENOENT) return false;
+        const EntryAt source{from->get(), name};
+        systemError = renameOntoNothing(source, {to->get(), name});
+        if (systemError == 0) tellMoved(folder);
+        if (systemError == 0 || (systemError == ENOENT && isGone(source))) return false;
         if (systemError == EXDEV) systemError = ::mkdirat(to->get(), name, 0700) == 0 ? 0 : errno;
         folder.wasCreated = systemError == 0;
-        if (systemError != 0 && systemError != EEXIST) fail({systemError, destinationSide}, folder);
+        if (systemError != 0 && systemError != EEXIST)
+            fail({systemError, sideOfFailedRenaming(source, systemError)}, folder);
 
         systemError = tree_->open(folder, sourceSide);
         if (systemError != 0) fail({systemError, sourceSide}, folder);
@@ -67,15 +81,18 @@ public:
     void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
                const WalkedEntry& entry) override {
         if (interpreter::isInterruptPending()) stopIfInterrupted(locationIn(source_, folder, entry.name));
-        progress_.found(1, 0);
+        const auto location = [&] { return locationIn(source_, folder, entry.name); };
+        FileProgress progress(progress_, location);
         const EntryAt from{handles[sourceSide]->get(), entry.name.c_str()};
         const EntryAt to{handles[destinationSide]->get(), entry.name.c_str()};
-        const Failure failure = transfer_.move(from, entry.kind, to);
-        if (failure && failure.systemError != ENOENT) {
+        Failure failure = transfer_.move(from, entry.kind, to, progress.watcher());
+        const bool hasGone = failure.systemError == ENOENT && isGone(from);
+        if (failure.side == destinationSide) failure.side = sideOfFailedRenaming(from, failure.systemError);
+        if (failure && !hasGone) {
             const vfs::AbsoluteIRI& side = failure.side == sourceSide ? source_ : destination_;
             raiseSystemError(failure.systemError, locationIn(side, folder, entry.name), context);
         }
-        progress_.finished(1, 0, [&] { return locationIn(source_, folder, entry.name); });
+        progress.finish();
     }
 
     bool leave(TreeFolder& folder) override {
@@ -91,6 +108,10 @@ public:
         fail({errno, sourceSide}, folder);
     }
 
+    void abandon(TreeFolder& folder) noexcept override {
+        if (folder.wasCreated) dressAbandoned(*tree_, transfer_, folder);
+    }
+
 private:
     void finishCreated(TreeFolder& folder) {
         int systemError = 0;
@@ -98,11 +119,17 @@ private:
         if (!source) fail({systemError, sourceSide}, folder);
         const FolderTree::Handle destination = tree_->handle(folder, destinationSide, systemError);
         if (!destination) fail({systemError, destinationSide}, folder);
-        const Failure failure =
-            copyExtendedAttributes(source->get(), destination->get(), transfer_.abilities());
+        const Failure failure = transfer_.dress(source->get(), folder.status, destination->get());
         if (failure) fail(failure, folder);
-        systemError = copyModeAndTimes(folder.status, destination->get(), true);
+        // What is in it has reached the storage with each entry; its own name has not.
+        const FolderTree::Handle above = tree_->handle(*folder.parent(), destinationSide, systemError);
+        if (above) systemError = syncFile(above->get());
         if (systemError != 0) fail({systemError, destinationSide}, folder);
+    }
+
+    void tellMoved(const TreeFolder& folder) {
+        progress_.found(1, 0);
+        progress_.finished(1, 0, [&] { return locationBelow(source_, folder.relativePath()); });
     }
 
     [[noreturn]] void fail(const Failure& failure, const TreeFolder& folder) const {

@@ -1,10 +1,11 @@
 // What is done to whole trees: copying, removing, moving entry by entry. (Listing: tree_listing.h.)
 //
 // All raise `vfs::Exception` at the location of the entry that failed, below the location given for its side.
-// All look at the pending-interrupt flag between files, and tell a progress observer how far they are.
+// All look at the pending-interrupt flag between entries, and tell a progress observer how far they are.
 #pragma once
 
 #include "platform/storage_vfs.h"
+#include "runtime/storage/providers/local/posix/copied_entries.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 
 namespace korvex::runtime::storage::posix {
@@ -17,19 +18,22 @@ struct OpenTree {
 
 /// Copies what is in `source` into `destination`. A folder that exists there takes in the contents of its
 /// counterpart. `isNew` tells that `destination` was made for the purpose: it then gets the permission bits
-/// and times of `source`.
+/// and times of `source`. When the copy fails, folders that it has made and not finished get them too, but
+/// the owner may enter and write them, so that a second copy can go on. For a move `copied` takes what is
+/// copied, and the owner is kept as far as the process may.
 void copyTree(OpenTree source, OpenTree destination, bool isNew,
-              foundation::storage::provider::ReplacementPolicy policy, bool keepsOwner = false);
+              foundation::storage::provider::ReplacementPolicy policy, CopiedEntries* copied = nullptr);
 
-/// Whether a pending interrupt stops a removal. The undoing of something that was interrupted must not be.
-enum class Interrupts { stop, wait };
+/// Why something is removed. The undoing of what has failed is not stopped by an interrupt, which may be what
+/// it failed with, and gets into every folder of its own.
+enum class Purpose { removal, undoing };
 
 /// Removes what is in the folder, but not the folder.
-void removeTreeContents(OpenTree tree, Interrupts interrupts = Interrupts::stop);
+void removeTreeContents(OpenTree tree, Purpose purpose = Purpose::removal);
 
-/// Removes from `source` what stands in `copy` with the same size and time of last change. What does not,
-/// since it came or changed after it was copied, stays: `resourceInUse` at its location.
-void removeCopiedContents(OpenTree source, OpenTree copy);
+/// Removes from `source` what was copied and is as it was then. What is not, since it came or changed after
+/// it was copied, stays: `resourceInUse` at its location.
+void removeCopiedContents(OpenTree source, const CopiedEntries& copied);
 
 /// Moves what is in `source` into `destination`; folders that do not exist there move as a whole where they
 /// can. Between file systems each entry is copied whole before it goes. What remains of `source` is empty,

@@ -24,8 +24,7 @@ constexpr int mostReadings = 64;
 
 class TreeRemoval : public TreeVisitor {
 public:
-    TreeRemoval(const vfs::AbsoluteIRI& location, Interrupts interrupts)
-        : location_(location), interrupts_(interrupts) {}
+    TreeRemoval(const vfs::AbsoluteIRI& location, Purpose purpose) : location_(location), purpose_(purpose) {}
 
     void walkFrom(FileDescriptor folder) {
         TreeWalk walk(*this);
@@ -38,7 +37,9 @@ public:
     bool splitsFolders() const override { return false; }
 
     bool enter(TreeFolder& folder) override {
+        if (isInterrupted()) stopIfInterrupted(locationBelow(location_, folder.relativePath()));
         if (!folder.parent()) return true;
+        if (purpose_ == Purpose::undoing) makeAccessible(folder);
         const int systemError = tree_->open(folder, sourceSide);
         if (systemError == 0) return true;
         // Somebody took the folder away, or put a link in its place: the link goes, what it leads to stays.
@@ -53,9 +54,7 @@ public:
 
     void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
                const WalkedEntry& entry) override {
-        if (interrupts_ == Interrupts::stop && interpreter::isInterruptPending()) {
-            stopIfInterrupted(locationIn(location_, folder, entry.name));
-        }
+        if (isInterrupted()) stopIfInterrupted(locationIn(location_, folder, entry.name));
         progress_.found(1, 0);
         if (::unlinkat(handles[sourceSide]->get(), entry.name.c_str(), 0) != 0) {
             // Gone already, or a folder by now: then the folder is read again, and finds it.
@@ -76,6 +75,16 @@ public:
     }
 
 private:
+    bool isInterrupted() const noexcept {
+        return purpose_ == Purpose::removal && interpreter::isInterruptPending();
+    }
+
+    void makeAccessible(TreeFolder& folder) {
+        int systemError = 0;
+        const FolderTree::Handle above = tree_->handle(*folder.parent(), sourceSide, systemError);
+        if (above) ::fchmodat(above->get(), folder.name().c_str(), S_IRWXU, AT_SYMLINK_NOFOLLOW);
+    }
+
     int unlink(TreeFolder& parent, const std::string& name, int flags) {
         int systemError = 0;
         const FolderTree::Handle handle = tree_->handle(parent, sourceSide, systemError);
@@ -84,7 +93,7 @@ private:
     }
 
     const vfs::AbsoluteIRI location_;
-    const Interrupts interrupts_;
+    const Purpose purpose_;
     ProgressCounter progress_;
     FolderTree* tree_ = nullptr;
 };
@@ -92,79 +101,74 @@ private:
 /// Removes what was copied before, and only as it was copied.
 class CopiedRemoval : public TreeVisitor {
 public:
-    CopiedRemoval(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& copy)
-        : source_(source), copy_(copy) {}
+    CopiedRemoval(const vfs::AbsoluteIRI& source, const CopiedEntries& copied)
+        : source_(source), copied_(copied) {}
 
-    void walkFrom(FileDescriptor source, FileDescriptor copy) {
+    void walkFrom(FileDescriptor source) {
         TreeWalk walk(*this);
         tree_ = &walk.tree();
-        const std::shared_ptr<TreeFolder> top = makeTop(walk, std::move(source), source_);
-        if (const int systemError = tree_->adopt(*top, destinationSide, std::move(copy))) {
-            raiseSystemError(systemError, copy_, context);
-        }
-        runWalk(walk, top, source_, copy_, context);
+        runWalk(walk, makeTop(walk, std::move(source), source_), source_, source_, context);
     }
 
-    bool hasDestination() const override { return true; }
+    bool hasDestination() const override { return false; }
     bool splitsFolders() const override { return false; }
 
     bool enter(TreeFolder& folder) override {
+        if (interpreter::isInterruptPending())
+            stopIfInterrupted(locationBelow(source_, folder.relativePath()));
         if (!folder.parent()) return true;
         const int systemError = tree_->open(folder, sourceSide);
-        if (systemError != 0) {
-            raiseSystemError(systemError, locationBelow(source_, folder.relativePath()), context);
-        }
-        if (tree_->open(folder, destinationSide) != 0) {
-            raiseSystemError(EBUSY, locationBelow(source_, folder.relativePath()), context);
-        }
+        if (systemError == ENOENT) return false;
+        const bool isAnother = systemError == ELOOP || systemError == ENOTDIR;
+        if (systemError != 0) fail(isAnother ? EBUSY : systemError, folder);
+        if (!copied_.hasFolder(folder)) fail(EBUSY, folder);
         return true;
     }
 
     void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
                const WalkedEntry& entry) override {
-        struct ::stat source {};
-        struct ::stat copy {};
-        const char* const name = entry.name.c_str();
-        int systemError = EBUSY;
-        const bool isThereTwice =
-            ::fstatat(handles[sourceSide]->get(), name, &source, AT_SYMLINK_NOFOLLOW) == 0 &&
-            ::fstatat(handles[destinationSide]->get(), name, &copy, AT_SYMLINK_NOFOLLOW) == 0;
-        if (isThereTwice && isCopyOf(copy, source)) {
-            systemError = ::unlinkat(handles[sourceSide]->get(), name, 0) == 0 ? 0 : errno;
-        }
-        if (systemError != 0) raiseSystemError(systemError, locationIn(source_, folder, entry.name), context);
+        if (interpreter::isInterruptPending()) stopIfInterrupted(locationIn(source_, folder, entry.name));
+        const int handle = handles[sourceSide]->get();
+        int systemError = 0;
+        const CopiedState state = copied_.stateOf(folder, handle, entry.name, systemError);
+        if (state == CopiedState::different && systemError == 0) systemError = EBUSY;
+        if (state == CopiedState::asCopied && ::unlinkat(handle, entry.name.c_str(), 0) != 0)
+            systemError = errno;
+        if (systemError != 0 && systemError != ENOENT)
+            raiseSystemError(systemError, locationIn(source_, folder, entry.name), context);
     }
 
+    /// Read again while it is not empty: the system may pass over entries of a folder from which others go.
     bool leave(TreeFolder& folder) override {
         if (!folder.parent()) return true;
         int systemError = 0;
         const FolderTree::Handle above = tree_->handle(*folder.parent(), sourceSide, systemError);
-        if (above && ::unlinkat(above->get(), folder.name().c_str(), AT_REMOVEDIR) == 0) return true;
-        if (above) systemError = errno == ENOTEMPTY || errno == EEXIST ? EBUSY : errno;
-        raiseSystemError(systemError, locationBelow(source_, folder.relativePath()), context);
+        if (!above) fail(systemError, folder);
+        if (::unlinkat(above->get(), folder.name().c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT)
+            return true;
+        const bool isNotEmpty = errno == ENOTEMPTY || errno == EEXIST;
+        if (isNotEmpty && ++folder.readings < mostReadings) return false;
+        fail(isNotEmpty ? EBUSY : errno, folder);
     }
 
 private:
-    /// Where the file system of the copy keeps times in coarser steps, two seconds must do.
-    static bool isCopyOf(const struct ::stat& copy, const struct ::stat& source) noexcept {
-        const bool isSameKind = (copy.st_mode & S_IFMT) == (source.st_mode & S_IFMT);
-        const auto apart = copy.st_mtim.tv_sec - source.st_mtim.tv_sec;
-        return isSameKind && copy.st_size == source.st_size && apart <= 2 && apart >= -2;
+    [[noreturn]] void fail(int systemError, const TreeFolder& folder) const {
+        raiseSystemError(systemError, locationBelow(source_, folder.relativePath()), context);
     }
 
     const vfs::AbsoluteIRI source_;
-    const vfs::AbsoluteIRI copy_;
+    const CopiedEntries& copied_;
     FolderTree* tree_ = nullptr;
 };
 
 }  // namespace
 
-void removeTreeContents(OpenTree tree, Interrupts interrupts) {
-    TreeRemoval(tree.location, interrupts).walkFrom(std::move(tree.folder));
+void removeTreeContents(OpenTree tree, Purpose purpose) {
+    TreeRemoval(tree.location, purpose).walkFrom(std::move(tree.folder));
 }
 
-void removeCopiedContents(OpenTree source, OpenTree copy) {
-    CopiedRemoval(source.location, copy.location).walkFrom(std::move(source.folder), std::move(copy.folder));
+void removeCopiedContents(OpenTree source, const CopiedEntries& copied) {
+    CopiedRemoval(source.location, copied).walkFrom(std::move(source.folder));
 }
 
 }  // namespace korvex::runtime::storage::posix

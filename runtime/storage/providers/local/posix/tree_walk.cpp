@@ -1,9 +1,12 @@
 // A walk through a tree of folders, with as many threads as there are processors.
 #include "runtime/storage/providers/local/posix/tree_walk.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <unordered_set>
 #include <utility>
 
 namespace korvex::runtime::storage::posix {
@@ -11,19 +14,35 @@ namespace korvex::runtime::storage::posix {
 namespace {
 
 constexpr std::size_t mostOpenFolders = 128;
+constexpr std::size_t fewestOpenFolders = 4;
+constexpr std::size_t mostThreads = 16;
 /// A folder with fewer entries than this is one piece; of a larger one, each so many entries are one.
 constexpr std::size_t entriesInPiece = 512;
 /// Entries are handed to others only while fewer pieces wait than this, so that memory stays bounded.
 constexpr std::size_t mostWaitingEntryPieces = 16;
 
-unsigned workersFor(unsigned asked) {
-    return asked != 0 ? asked : std::max(1U, std::thread::hardware_concurrency());
+std::size_t limitOfOpenFiles() noexcept {
+    struct ::rlimit limit {};
+    return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : 0;
+}
+
+/// A folder has two sides, so the folders take a third of the limit.
+std::size_t openFoldersFor(std::size_t limit) noexcept {
+    return std::clamp(limit / 6, fewestOpenFolders, mostOpenFolders);
+}
+
+/// One has up to four files open, and two handles of a folder that may count as closed: all take a quarter.
+unsigned workersFor(unsigned asked, std::size_t limit) noexcept {
+    const unsigned wanted = asked != 0 ? asked : std::max(1U, std::thread::hardware_concurrency());
+    return std::min(wanted, static_cast<unsigned>(std::clamp<std::size_t>(limit / 24, 1, mostThreads)));
 }
 
 }  // namespace
 
 TreeWalk::TreeWalk(TreeVisitor& visitor, unsigned workers)
-    : visitor_(visitor), mostWorkers_(workersFor(workers)), tree_(mostOpenFolders) {}
+    : visitor_(visitor),
+      mostWorkers_(workersFor(workers, limitOfOpenFiles())),
+      tree_(openFoldersFor(limitOfOpenFiles())) {}
 
 TreeWalk::~TreeWalk() {
     for (std::thread& thread : threads_) {
@@ -38,8 +57,10 @@ void TreeWalk::run(std::shared_ptr<TreeFolder> top) {
         thread.join();
     }
     threads_.clear();
+    if (!failure_) return;
+    abandonAll();
     pieces_.clear();
-    if (failure_) std::rethrow_exception(failure_);
+    std::rethrow_exception(failure_);
 }
 
 void TreeWalk::work() {
@@ -47,10 +68,11 @@ void TreeWalk::work() {
     while (take(piece)) {
         try {
             process(piece);
-            finish(std::move(piece.folder));
+            finish(piece.folder);
         } catch (...) {
             stop(std::current_exception());
         }
+        if (isStopped_.load()) keep(piece);
         piece = {};
         const std::lock_guard lock(mutex_);
         if (--underWay_ == 0) changed_.notify_all();
@@ -61,18 +83,25 @@ bool TreeWalk::take(Piece& piece) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return failure_ || !pieces_.empty() || underWay_ == 0; });
     if (failure_ || pieces_.empty()) return false;
-    piece = std::move(pieces_.back());
-    pieces_.pop_back();
+    Piece& last = pieces_.back();
+    const bool isOneOfSeveral = last.next < last.below.size();
+    if (isOneOfSeveral) {
+        piece.folder = last.folder;
+        piece.begun = std::move(last.below[last.next++]);
+    }
+    if (!isOneOfSeveral) piece = std::move(last);
+    if (!isOneOfSeveral || last.next == last.below.size()) pieces_.pop_back();
     ++underWay_;
     return true;
 }
 
 void TreeWalk::put(Piece piece) {
     const std::lock_guard lock(mutex_);
+    const bool isSeveral = piece.below.size() > 1;
     pieces_.push_back(std::move(piece));
     // The first piece is for the thread that began the walk: a small tree needs no other.
-    const bool hasWorkForAnother = underWay_ > 0 && pieces_.size() > 1 && !failure_;
-    changed_.notify_one();
+    const bool hasWorkForAnother = underWay_ > 0 && (isSeveral || pieces_.size() > 1) && !failure_;
+    isSeveral ? changed_.notify_all() : changed_.notify_one();
     if (!hasWorkForAnother || threads_.size() + 1 >= mostWorkers_) return;
     try {
         threads_.emplace_back([this] { work(); });
@@ -82,6 +111,8 @@ void TreeWalk::put(Piece piece) {
 }
 
 void TreeWalk::process(Piece& piece) {
+    if (!piece.begun.empty())
+        piece.folder = std::make_shared<TreeFolder>(tree_, piece.folder, std::move(piece.begun));
     if (piece.entries.empty()) {
         readFolder(piece.folder);
         return;
@@ -109,10 +140,11 @@ void TreeWalk::readFolder(const std::shared_ptr<TreeFolder>& folder) {
     FolderEntry entry{};
     int systemError = 0;
     std::vector<WalkedEntry> found;
+    std::vector<std::string> below;
     while (!isStopped_.load(std::memory_order_relaxed) && entries.next(entry, systemError)) {
         if (entry.kind == EntryKind::folder) {
-            folder->pending.fetch_add(1, std::memory_order_relaxed);
-            put({std::make_shared<TreeFolder>(tree_, folder, entry.name), {}});
+            below.emplace_back(entry.name);
+            if (below.size() == entriesInPiece) putBelow(folder, below);
             continue;
         }
         found.push_back({entry.name, entry.kind});
@@ -129,7 +161,15 @@ void TreeWalk::readFolder(const std::shared_ptr<TreeFolder>& folder) {
     if (systemError != 0 && systemError != ENOENT) {
         throw WalkFailure{systemError, sourceSide, folder->relativePath()};
     }
+    putBelow(folder, below);
     visitEntries(*folder, handles, found);
+}
+
+/// Leaves `names` empty.
+void TreeWalk::putBelow(const std::shared_ptr<TreeFolder>& folder, std::vector<std::string>& names) {
+    if (names.empty()) return;
+    folder->pending.fetch_add(names.size(), std::memory_order_relaxed);
+    put({folder, {}, std::exchange(names, {})});
 }
 
 bool TreeWalk::mayHandOut() {
@@ -155,6 +195,7 @@ void TreeWalk::finish(std::shared_ptr<TreeFolder> folder) {
             put({std::move(folder), {}});
             return;
         }
+        folder->wasLeft = true;
         tree_.forget(*folder);
         folder = folder->parent();
     }
@@ -165,6 +206,36 @@ void TreeWalk::stop(std::exception_ptr failure) noexcept {
     if (!failure_) failure_ = std::move(failure);
     isStopped_.store(true);
     changed_.notify_all();
+}
+
+/// For those who abandon what was under way. Without memory for it, it is abandoned silently.
+void TreeWalk::keep(Piece& piece) noexcept {
+    const std::lock_guard lock(mutex_);
+    try {
+        pieces_.push_back({std::move(piece.folder), {}});
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+void TreeWalk::abandonAll() noexcept {
+    try {
+        std::unordered_set<const TreeFolder*> seen;
+        std::deque<TreeFolder*> folders;
+        for (const Piece& piece : pieces_) {
+            std::vector<TreeFolder*> way;
+            for (TreeFolder* next = piece.folder.get(); next != nullptr && seen.insert(next).second;
+                 next = next->parent().get()) {
+                way.push_back(next);
+            }
+            // What is above them has been seen before, and stands behind them.
+            folders.insert(folders.begin(), way.begin(), way.end());
+        }
+        for (TreeFolder* const folder : folders) {
+            if (!folder->wasLeft) visitor_.abandon(*folder);
+        }
+    } catch (const std::bad_alloc&) {
+        // What the walk has failed with is what counts.
+    }
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -1,8 +1,12 @@
 // A walk through a tree of folders, with as many threads as there are processors.
 //
-// A folder is a piece of work; a very large one is split. Folders are entered before what is in them and left
-// after all of it is done. The first failure stops the walk: pieces under way are finished, no other is
-// begun, and no folder is left any more.
+// A folder is a piece of work; a very large one is split. The walk goes deep before it goes wide, and of the
+// folders that wait it keeps just the names: what it holds grows with the entries of the folders on the way
+// down, not with the tree. Folders are entered before what is in them and left after all of it is done. The
+// first failure stops the walk: pieces under way are finished, no other is begun, and the folders that were
+// begun and not left are abandoned.
+//
+// Threads and open folders are no more than the process's limit of open files has room for.
 #pragma once
 
 #include <condition_variable>
@@ -38,6 +42,9 @@ public:
                        const WalkedEntry& entry) = 0;
     /// False has the folder read once more from its start, as a removal must that finds it not empty.
     virtual bool leave(TreeFolder& folder) = 0;
+    /// The walk was stopped. Called in the end for every folder that was begun and not left, whether it could
+    /// be entered or not; those below before those above, by the thread that began the walk.
+    virtual void abandon(TreeFolder&) noexcept {}
 
     /// Whether the entries of one large folder may be visited by several threads.
     virtual bool splitsFolders() const { return true; }
@@ -47,7 +54,7 @@ public:
 
 class TreeWalk {
 public:
-    /// `workers` 0: as many as processors.
+    /// At most so many `workers`; 0: as many as processors.
     explicit TreeWalk(TreeVisitor& visitor, unsigned workers = 0);
     ~TreeWalk();
     TreeWalk(const TreeWalk&) = delete;
@@ -63,6 +70,11 @@ private:
     struct Piece {
         std::shared_ptr<TreeFolder> folder;
         std::vector<WalkedEntry> entries;
+        /// Folders below it, of which those from `next` on have not been begun.
+        std::vector<std::string> below = {};
+        std::size_t next = 0;
+        /// Of a piece that was taken: the folder below that is begun with it.
+        std::string begun = {};
     };
 
     void work();
@@ -70,10 +82,13 @@ private:
     void put(Piece piece);
     void process(Piece& piece);
     void readFolder(const std::shared_ptr<TreeFolder>& folder);
+    void putBelow(const std::shared_ptr<TreeFolder>& folder, std::vector<std::string>& names);
     void visitEntries(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
                       const std::vector<WalkedEntry>& entries);
     void finish(std::shared_ptr<TreeFolder> folder);
     void stop(std::exception_ptr failure) noexcept;
+    void keep(Piece& piece) noexcept;
+    void abandonAll() noexcept;
     bool mayHandOut();
     void openHandles(TreeFolder& folder, FolderTree::Handle (&handles)[2]);
 

@@ -1,0 +1,41 @@
+// What file systems do for a copy.
+#include "runtime/storage/providers/local/posix/copy_abilities.h"
+
+#include <iterator>
+
+#ifdef __linux__
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#endif
+
+namespace korvex::runtime::storage::posix {
+
+namespace {
+
+bool tellsSizesOn(int file) noexcept {
+#ifdef __linux__
+    // XFS has its number in a header of its own only.
+    constexpr unsigned long xfs = 0x58465342;
+    constexpr unsigned long truthful[] = {EXT4_SUPER_MAGIC, TMPFS_MAGIC, xfs, BTRFS_SUPER_MAGIC,
+                                          F2FS_SUPER_MAGIC};
+    struct ::statfs status {};
+    if (::fstatfs(file, &status) != 0) return false;
+    const auto kind = static_cast<unsigned long>(status.f_type) & 0xFFFFFFFFUL;
+    return std::find(std::begin(truthful), std::end(truthful), kind) != std::end(truthful);
+#else
+    return static_cast<void>(file), false;
+#endif
+}
+
+}  // namespace
+
+CopyAbilities& AbilitiesOfDevices::of(int file, dev_t device) {
+    return table_.of(device, [=](CopyAbilities& abilities) { abilities.tellsSizes = tellsSizesOn(file); });
+}
+
+PairAbilities& abilitiesBetween(dev_t source, dev_t destination) {
+    static AbilityTable<std::pair<dev_t, dev_t>, PairAbilities> pairs;
+    return pairs.of({source, destination}, [](const PairAbilities&) {});
+}
+
+}  // namespace korvex::runtime::storage::posix

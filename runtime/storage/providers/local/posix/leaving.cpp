@@ -1,0 +1,58 @@
+// Why an entry cannot be taken out of the folder that holds it.
+#include "runtime/storage/providers/local/posix/leaving.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <iterator>
+#include <string>
+
+namespace korvex::runtime::storage::posix {
+
+namespace {
+
+constexpr std::uint64_t unchangeable = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
+
+std::string folderOf(EntryAt entry) {
+    const std::string path = entry.name;
+    return path.substr(0, path.rfind('/') + 1) + ".";
+}
+
+bool mayBeWritten(int folder, const char* name) noexcept {
+    return ::faccessat(folder, name, W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+int statusOf(int folder, const char* name, struct ::statx& status) noexcept {
+    return ::statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+int obstacleToLeaving(EntryAt entry) {
+    const std::string folder = folderOf(entry);
+    struct ::statx own {};
+    struct ::statx above {};
+    if (const int systemError = statusOf(entry.folder, entry.name, own)) return systemError;
+    if (const int systemError = statusOf(entry.folder, folder.c_str(), above)) return systemError;
+    if (!mayBeWritten(entry.folder, folder.c_str())) return errno;
+    // Its entry for the folder above it changes too.
+    if (S_ISDIR(own.stx_mode) && !mayBeWritten(entry.folder, entry.name)) return errno;
+    if ((own.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) return EBUSY;
+    if (((own.stx_attributes | above.stx_attributes) & unchangeable) != 0) return EPERM;
+    const uid_t user = ::geteuid();
+    const bool isGuarded = (above.stx_mode & S_ISVTX) != 0 && user != 0 && user != own.stx_uid;
+    return isGuarded && user != above.stx_uid ? EPERM : 0;
+}
+
+Side sideOfFailedRenaming(EntryAt source, int systemError) {
+    constexpr int refusals[] = {EACCES, EPERM, EBUSY, ENOENT};
+    const bool isRefusal =
+        std::find(std::begin(refusals), std::end(refusals), systemError) != std::end(refusals);
+    return isRefusal && obstacleToLeaving(source) != 0 ? sourceSide : destinationSide;
+}
+
+}  // namespace korvex::runtime::storage::posix
