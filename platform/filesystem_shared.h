@@ -7,7 +7,8 @@
 namespace filesystemSharedFcns {
 
 /// Whether a component of a path, or of a text with a scheme, is "." or "..". In a text with a scheme a dot
-/// counts that is written as a percent escape, too: the location would hold it.
+/// counts that is written as a percent escape, too: the location would hold it. Of a web location only the
+/// path counts, not what stands behind its first `?` or `#`.
 bool containsDotOrDotDotExpression(const std::u16string& text);
 
 bool isPathSeparator(const char16_t& unit) noexcept;

@@ -1,6 +1,7 @@
 // fl::filesystem: native paths as 16-bit text.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include "platform/message_identifiers.h"
@@ -46,6 +47,10 @@ std::u16string canonical(const std::u16string& path, const std::u16string& base)
 /// folder, and nothing stands at the empty one. Raises `AccessDenied`, `PathNotFound` as `absolute`, and
 /// `vfs::Exception` when the storage fails in another way.
 bool exists(const std::u16string& path);
+
+/// An absolute native path in the form of the standard library, every byte of a name kept. Empty, which is
+/// the path of nothing, for a text that is not absolute, holds a NUL, or has no bytes.
+std::filesystem::path system_path(const std::u16string& path);
 
 namespace upath_constant {
 /// The separator that the platform writes.

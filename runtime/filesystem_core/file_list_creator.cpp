@@ -19,8 +19,11 @@ namespace {
 using Location = vfs::AbsoluteIRI;
 using Base = boost::optional<vfs::CanonicalAbsoluteIRI>;
 
+bool isLocal(const Location& location) { return location.getScheme() == u"file"; }
+
 Location locationOf(const std::u16string& name, const Base& base) {
-    const std::u16string folder = base ? vfs::fromAbsoluteIRI(*base).text() : std::u16string();
+    if (base && !isLocal(*base) && !fl::filesystem::detail::is_absolute(name)) return Location(*base, name);
+    const std::u16string folder = base && isLocal(*base) ? vfs::fromAbsoluteIRI(*base).text() : u"";
     return Velquist::PathManagement::GetIRIFromString(fl::filesystem::absolute(name, folder));
 }
 
@@ -58,7 +61,7 @@ private:
 
     void addItem(const Location& location, provider::ExistenceTypeExtended type) {
         if (type == provider::ExtendedNothing || (isFolder(type) && !includesFolders_)) return;
-        files_.push_back(vfs::fromAbsoluteIRI(location));
+        files_.push_back(Velquist::PathManagement::GetStringFromIRI(location));
     }
 
     /// With links followed a folder may be reached by several ways, and from itself.

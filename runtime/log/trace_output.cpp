@@ -8,14 +8,13 @@
 #include <boost/log/utility/exception_handler.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <system_error>
 
 #include "platform/diagnostic_log.h"
+#include "platform/foundation_filesystem.h"
 #include "runtime/log/diagnostic_source.h"
-#include "runtime/text/encoding.h"
 
 namespace korvex::runtime::log {
 
@@ -44,10 +43,9 @@ StreamPointer borrowed(std::ostream& stream) {
 }
 
 StreamPointer emptiedFile(const std::u16string& path) {
-    const std::string bytes = text::toDisplayBytes(path);
     errno = 0;
-    const auto file = boost::make_shared<std::ofstream>(
-        std::filesystem::path(std::u8string(bytes.begin(), bytes.end())), std::ios::trunc | std::ios::binary);
+    const auto file = boost::make_shared<std::ofstream>(fl::filesystem::system_path(path),
+                                                        std::ios::trunc | std::ios::binary);
     if (!*file) throw std::system_error(errno, std::generic_category());
     return file;
 }

@@ -1,12 +1,14 @@
 // The services library's helpers for path text, by the running platform's style.
 #include "platform/filesystem_shared.h"
 
+#include "platform/filesystem_core.h"
 #include "platform/foundation_filesystem.h"
 #include "platform/path_management.h"
 #include "platform/storage_utility.h"
 #include "platform/storage_vfs.h"
 #include "runtime/paths/path_style.h"
 #include "runtime/paths/path_text.h"
+#include "runtime/storage/location.h"
 
 namespace filesystemSharedFcns {
 
@@ -16,9 +18,22 @@ namespace vfs = foundation::storage::vfs;
 using Velquist::KorvexStorageSystem;
 using Velquist::PathManagement::GetIRIFromString;
 
+namespace {
+
+/// Where the path of a text with a scheme ends. Behind the path of a web location there may be a query and a
+/// fragment; in any other location `?` and `#` are units of a name like all others.
+std::size_t endOfPath(const std::u16string& text) {
+    std::u16string scheme = text.substr(0, text.find(u':'));
+    korvex::io::filesystem::core::makeLowerCase(scheme);
+    return korvex::runtime::storage::isWebScheme(scheme) ? text.find_first_of(u"?#") : text.size();
+}
+
+}  // namespace
+
 bool containsDotOrDotDotExpression(const std::u16string& text) {
     if (!vfs::hasIRIPrefix(text)) return paths::hasDotComponent(text, paths::nativeStyle);
-    std::u16string decoded = text;
+    // Cut first: an escaped `?` or `#` ends no path.
+    std::u16string decoded = text.substr(0, endOfPath(text));
     foundation::storage::utility::decodeURL(decoded);
     return paths::hasDotComponent(decoded, paths::nativeStyle);
 }

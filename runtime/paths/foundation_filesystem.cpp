@@ -1,10 +1,13 @@
 // fl::filesystem: native paths by the running platform's style and the environment's current folder.
 #include "platform/foundation_filesystem.h"
 
+#include <type_traits>
+
 #include "platform/path_management.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/paths/path_style.h"
 #include "runtime/paths/path_text.h"
+#include "runtime/text/encoding.h"
 
 namespace fl::filesystem {
 
@@ -38,6 +41,20 @@ bool exists(const std::u16string& path) {
     } catch (const vfs::Exception& error) {
         if (error.getErrorCode() == vfs::permissionDenied) throw AccessDenied(path);
         throw;
+    }
+}
+
+std::filesystem::path system_path(const std::u16string& path) {
+    // The empty path stands for nothing, as does every text that no name on disk reads as. A text with a NUL
+    // would reach the system without what is behind it; a relative one, or a location, would be taken against
+    // the folder of the process.
+    const bool namesOnePlace =
+        paths::isAbsolute(path, paths::nativeStyle) && path.find(u'\0') == std::u16string::npos;
+    if (!namesOnePlace) return {};
+    if constexpr (std::is_same_v<std::filesystem::path::value_type, char>) {
+        return korvex::runtime::text::toBytes(path).value_or("");
+    } else {
+        return std::filesystem::path(path);
     }
 }
 

@@ -22,6 +22,12 @@ vfs::AbsoluteIRI localLocation(const std::u16string& absolutePath) {
                                  std::move(local.path));
 }
 
+/// Without network paths a location on another machine has none: read as a path, "//host/a" is on this one.
+bool hasNativePath(const vfs::AbsoluteIRI::Parts& parts) {
+    const bool isOnThisMachine = parts.host.empty() || paths::nativeStyle == paths::PathStyle::windows;
+    return parts.scheme == storage::localScheme && isOnThisMachine;
+}
+
 }  // namespace
 
 vfs::AbsoluteIRI GetIRIFromString(const std::u16string& text) {
@@ -32,8 +38,7 @@ vfs::AbsoluteIRI GetIRIFromString(const std::u16string& text) {
 }
 
 std::u16string GetStringFromIRI(const vfs::AbsoluteIRI& location) {
-    if (location.parts().scheme != storage::localScheme) return location.toString();
-    return vfs::fromAbsoluteIRI(location);
+    return hasNativePath(location.parts()) ? vfs::fromAbsoluteIRI(location).text() : location.toString();
 }
 
 }  // namespace PathManagement

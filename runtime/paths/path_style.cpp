@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "runtime/paths/path_text.h"
+
 namespace korvex::runtime::paths {
 
 namespace {
@@ -18,20 +20,8 @@ constexpr char16_t smallLetter(char16_t unit) noexcept {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
 }
 
-bool startsWithTwoSeparators(std::u16string_view path, PathStyle style) noexcept {
-    return style == PathStyle::windows && path.size() >= 2 && isSeparator(path[0], style) &&
-           isSeparator(path[1], style);
-}
-
-/// Length of the part in front that a trailing separator belongs to.
-std::size_t rootLength(std::u16string_view path, PathStyle style) noexcept {
-    if (startsWithDrive(path, style)) return path.size() > 2 && isSeparator(path[2], style) ? 3 : 2;
-    if (startsWithTwoSeparators(path, style)) return 2;
-    return !path.empty() && isSeparator(path[0], style) ? 1 : 0;
-}
-
-/// No doubled separator and none at the end. Nearly every path is so, hence no early way out: the loop without
-/// one is several times as fast.
+/// No doubled separator and none at the end. Nearly every path is so, hence no early way out: the loop
+/// without one is several times as fast.
 bool isFolded(std::u16string_view path) noexcept {
     unsigned doubled = 0;
     for (std::size_t i = 1; i < path.size(); ++i) {
@@ -40,8 +30,8 @@ bool isFolded(std::u16string_view path) noexcept {
     return doubled == 0 && (path.size() < 2 || path.back() != u'/');
 }
 
-/// The part of an absolute Windows path that names the volume: a drive, a host with a share, or the same behind
-/// the prefix of the long form.
+/// The part of an absolute Windows path that names the volume: a drive, a host with a share, or the same
+/// behind the prefix of the long form.
 std::u16string_view volumeOf(std::u16string_view path) noexcept {
     constexpr PathStyle style = PathStyle::windows;
     std::size_t begin = 0;
@@ -97,11 +87,7 @@ bool isLongPath(std::u16string_view path, PathStyle style) noexcept {
 std::u16string nativeForm(std::u16string_view path, bool keepTrailing, PathStyle style) {
     std::u16string native(path);
     if (style == PathStyle::windows) std::replace(native.begin(), native.end(), u'/', u'\\');
-    if (!keepTrailing) {
-        const std::size_t root = rootLength(native, style);
-        while (native.size() > root && isSeparator(native.back(), style))
-            native.pop_back();
-    }
+    if (!keepTrailing) dropTrailingSeparators(native, style);
     return native;
 }
 

@@ -159,6 +159,13 @@ TEST(TraceOutputTest, AFileThatCannotBeOpenedIsAnErrorAndNothingIsTraced) {
     EXPECT_FALSE(getLogger().openRecord(severity::error));
 }
 
+TEST(TraceOutputTest, APathWithANulOpensNoOtherFile) {
+    const ScratchFolder scratch;
+    const std::filesystem::path file = scratch.writeFile("a", "old");
+    EXPECT_THROW(TraceOutput(file.u16string() + std::u16string(u"\0b", 2), severity::all), std::system_error);
+    EXPECT_EQ(contentOf(file), "old");
+}
+
 TEST(TraceOutputTest, ARecordThatEndsItsLineItselfGetsNoSecondLineEnd) {
     std::ostringstream lines;
     const TraceOutput output(lines, severity::all);

@@ -102,12 +102,30 @@ TEST_F(EnvironmentPaths, ARelativePathThatLooksLikeALocationIsAskedForAsAPath) {
 }
 
 TEST_F(EnvironmentPaths, LinksOfAllKindsAreLinksAndOtherThingsAreNot) {
-    for (const char16_t* path : {u"fileLink", u"folderLink", u"brokenLink", u"folderLink/"}) {
+    for (const char16_t* path : {u"fileLink", u"folderLink", u"brokenLink"}) {
         EXPECT_TRUE(filesystemSharedFcns::isSymlink(path));
     }
     for (const char16_t* path : {u"folder", u"folder/file.txt", u"folderLink/file.txt", u"nothing", u""}) {
         EXPECT_FALSE(filesystemSharedFcns::isSymlink(path));
     }
+}
+
+TEST_F(EnvironmentPaths, SeparatorsAtTheEndDoNotCountButADotDoes) {
+    const std::u16string location = u"file://" + std::u16string(isWindows ? u"/" : u"") + here;
+    for (const std::u16string& path :
+         {std::u16string(u"folderLink/"), std::u16string(u"folderLink//"), std::u16string(u"brokenLink/"),
+          std::u16string(u"fileLink/"), here + u"/folderLink/", location + u"/folderLink//"}) {
+        EXPECT_TRUE(filesystemSharedFcns::isSymlink(path));
+    }
+    for (const char16_t* path : {u"folderLink/.", u"folderLink/./", u"folder/", u"/", u"//"}) {
+        EXPECT_FALSE(filesystemSharedFcns::isSymlink(path));
+    }
+    for (const char16_t* path : {u"folder//", u"folderLink/", u"folder/file.txt/", u"fileLink/", u"/"}) {
+        EXPECT_TRUE(filesystem::exists(path));
+        EXPECT_TRUE(filesystemSharedFcns::exists(path));
+    }
+    EXPECT_FALSE(filesystem::exists(u"brokenLink/"));
+    EXPECT_FALSE(filesystem::exists(u"folder/file.txt/."));
 }
 
 TEST_F(EnvironmentPaths, ALocationOfALinkIsALinkToo) {
@@ -153,6 +171,25 @@ TEST_F(EnvironmentPaths, RelativeToAbsoluteNeedsTheCurrentFolder) {
     std::u16string path = u"a";
     EXPECT_THROW(filesystemSharedFcns::relativeToAbsolute(path), filesystem::PathNotFound);
     EXPECT_EQ(path, u"a");
+}
+
+TEST_F(EnvironmentPaths, ASystemPathNamesTheSameFileWhateverItsBytes) {
+    EXPECT_TRUE(std::filesystem::exists(filesystem::system_path(here + u"/folder/file.txt")));
+    EXPECT_EQ(filesystem::system_path(here + u"/a b/\u00e4").u16string(), here + u"/a b/\u00e4");
+    if constexpr (!isWindows) {
+        EXPECT_EQ(filesystem::system_path({u'/', 0xDCFF}).native(), "/\xFF");
+    }
+}
+
+TEST_F(EnvironmentPaths, ASystemPathOfWhatNamesNoPlaceIsEmpty) {
+    for (const std::u16string& text :
+         {std::u16string(), std::u16string(u"folder"), here + std::u16string(1, u'\0'),
+          std::u16string(u"memory://box/a"), std::u16string(u"file:///a")}) {
+        EXPECT_EQ(filesystem::system_path(text), std::filesystem::path());
+    }
+    if constexpr (!isWindows) {
+        EXPECT_EQ(filesystem::system_path({u'/', 0xD800}), std::filesystem::path());
+    }
 }
 
 TEST(ConcatenatePathname, PutsOneSeparatorBetween) {
@@ -208,6 +245,26 @@ TEST(DotExpressions, MayBeEscapedInALocationButNotInAPath) {
     EXPECT_TRUE(containsDotOrDotDotExpression(u"file:///a/%2e%2E/b"));
     EXPECT_TRUE(containsDotOrDotDotExpression(u"file:///a%2F..%2fb"));
     EXPECT_FALSE(containsDotOrDotDotExpression(u"/a/%2e%2e/b"));
+}
+
+TEST(DotExpressions, OfAWebLocationAreThoseOfItsPath) {
+    using filesystemSharedFcns::containsDotOrDotDotExpression;
+    for (const char16_t* text : {u"http://host/a?from=../b", u"HTTPS://host/a#/../b", u"https://host/?a/./b",
+                                 u"http://host/a?q=%2F..%2F", u"http://host?/../"}) {
+        EXPECT_FALSE(containsDotOrDotDotExpression(text));
+    }
+    for (const char16_t* text : {u"http://host/../a?q", u"http://host/a/..?q", u"http://host/a/.#part",
+                                 u"https://host/a%3F/../b", u"https://host/a%23/%2e%2e"}) {
+        EXPECT_TRUE(containsDotOrDotDotExpression(text));
+    }
+}
+
+TEST(DotExpressions, OfOtherLocationsMayStandBehindAQuestionMarkOrANumberSign) {
+    using filesystemSharedFcns::containsDotOrDotDotExpression;
+    for (const char16_t* text : {u"memory://box/a?/../b", u"file:///a#/./b", u"nobody://host/a?q=/.."}) {
+        EXPECT_TRUE(containsDotOrDotDotExpression(text));
+    }
+    EXPECT_FALSE(containsDotOrDotDotExpression(u"memory://box/a?b=..c"));
 }
 
 struct NormalizedCase {

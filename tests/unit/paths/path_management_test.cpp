@@ -7,12 +7,15 @@
 
 #include "platform/foundation_filesystem.h"
 #include "runtime/dispatcher/current_folder.h"
+#include "runtime/paths/path_style.h"
 #include "tests/support/scratch_folder.h"
 
 namespace {
 
 using korvex::runtime::dispatcher::currentFolderPath;
 using korvex::runtime::dispatcher::setCurrentFolderPath;
+using korvex::runtime::paths::nativeStyle;
+using korvex::runtime::paths::PathStyle;
 using Velquist::PathManagement::GetIRIFromString;
 using Velquist::PathManagement::GetStringFromIRI;
 namespace vfs = foundation::storage::vfs;
@@ -45,6 +48,15 @@ TEST_F(PathManagementTest, TextWithSchemeIsParsed) {
     EXPECT_EQ(GetStringFromIRI(GetIRIFromString(u"memory://box/a b")), u"memory://box/a%20b");
     EXPECT_EQ(GetStringFromIRI(GetIRIFromString(u"file:///a%20b")), u"/a b");
     EXPECT_THROW(GetIRIFromString(u"memory://box"), vfs::InvalidIRIException);
+}
+
+TEST_F(PathManagementTest, LocationOnAnotherMachineNeverReadsAsAPathOnThisOne) {
+    constexpr bool hasNetworkPaths = nativeStyle == PathStyle::windows;
+    const vfs::AbsoluteIRI elsewhere = GetIRIFromString(u"file://server/share/a b");
+    const std::u16string text = GetStringFromIRI(elsewhere);
+    EXPECT_EQ(text, hasNetworkPaths ? u"\\\\server\\share\\a b" : u"file://server/share/a%20b");
+    EXPECT_EQ(GetIRIFromString(text), elsewhere);
+    EXPECT_EQ(GetStringFromIRI(GetIRIFromString(u"file://localhost/a")), hasNetworkPaths ? u"\\a" : u"/a");
 }
 
 TEST_F(PathManagementTest, EmptyTextIsNoLocation) {

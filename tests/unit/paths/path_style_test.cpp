@@ -59,6 +59,9 @@ TEST(PathStyleTest, NativeFormDropsTrailingSeparatorsButNotTheRoot) {
     EXPECT_EQ(nativeForm(u"/", false, posix), u"/");
     EXPECT_EQ(nativeForm(u"C:/", false, windows), u"C:\\");
     EXPECT_EQ(nativeForm(u"C:/a/", false, windows), u"C:\\a");
+    EXPECT_EQ(nativeForm(u"//host/share/", false, windows), u"\\\\host\\share\\");
+    EXPECT_EQ(nativeForm(u"//host/share/a/", false, windows), u"\\\\host\\share\\a");
+    EXPECT_EQ(nativeForm(u"\\\\?\\C:\\", false, windows), u"\\\\?\\C:\\");
 }
 
 TEST(PathStyleTest, JoiningPutsOneSeparatorBetween) {
