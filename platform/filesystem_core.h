@@ -5,12 +5,14 @@
 #include <boost/optional.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/kx.h"
 #include "platform/message_record.h"
+#include "platform/packages.h"
 #include "platform/storage_vfs.h"
 #include "platform/user_exceptions.h"
 
@@ -112,13 +114,14 @@ protected:
     }
 };
 
-/// Expands names into lists of files, as absolute native paths.
+/// Expands names into lists of files: absolute native paths, and location texts below a base that is not
+/// local.
 class FileListCreator {
 public:
     FileListCreator();
 
     /// Adds what a name stands for. A relative name is taken against `base`, or the current folder when there
-    /// is none; the empty name stands for nothing.
+    /// is none; an absolute one stays as it is; the empty name stands for nothing.
     ///
     /// - Something stands there under just this name: it is added, and behind a folder all that it holds at
     /// any
@@ -132,7 +135,7 @@ public:
     ///
     /// A folder that cannot be listed makes the status a failure, the first of them being the one that is
     /// kept, and the rest is expanded all the same. Raises `fl::filesystem::PathNotFound` when the current
-    /// folder is needed and gone.
+    /// folder is needed and gone, `UnsupportedIRISchemeException` for a base of a scheme without a provider.
     void AddFiles(std::u16string name, boost::optional<foundation::storage::vfs::CanonicalAbsoluteIRI> base,
                   bool followsLinks, bool includesFolders, bool failsWithoutMatch);
 
@@ -156,7 +159,7 @@ bool isSymlink(foundation::storage::provider::ExistenceTypeExtended type) noexce
 enum SymbolicLinkType { SymbolicLink = 0, NoSymbolicLink = 1 };
 
 /// Whether a path, or a text with a scheme, names a link, be its target there or not. Where nobody can tell
-/// it is none; raises nothing.
+/// it is none; raises nothing. Separators at its end do not count.
 SymbolicLinkType isSymlink(const std::u16string& text);
 
 /// Whether `text` is the name of the rule: the whole word, case ignored. If so, it is rewritten as
@@ -192,5 +195,13 @@ bool isUNCPath(const std::u16string& text);
 
 /// A path of the long form that begins with `\\?\`, by the rules of the platform's path style.
 bool isLongPath(const std::u16string& text);
+
+/// The package that claims a folder: the one whose root folder it is, or lies above it; the innermost of
+/// several. The folder need not be there. Raises `vfs::Exception` when the package registry cannot be read.
+boost::optional<Velquist::KorvexComponents::ComponentIdentifier> GetClaimingPackage(
+    const foundation::storage::vfs::Folder& folder);
+
+/// The packages as they are registered now. Raises as `GetClaimingPackage`; never null.
+std::shared_ptr<Velquist::KorvexComponents::IPackageRegistry> GetCurrentPackageRegistry();
 
 }  // namespace korvex::io::filesystem::core

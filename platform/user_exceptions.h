@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/message_record.h"
 
@@ -96,6 +97,17 @@ private:
     std::u16string ToUstringImpl() const override { return GetUnicodeMessageTxt(); }
 
     std::shared_ptr<const Content> content_;  // shared, so that copying an exception never throws
+};
+
+/// The warnings that an operation hands back beside its result, for the caller to show or to drop.
+class Notification {
+public:
+    bool empty() const noexcept { return messages_.empty(); }
+    void append(resource_core::BaseMsgID message) { messages_.push_back(std::move(message)); }
+    const std::vector<resource_core::BaseMsgID>& messages() const noexcept { return messages_; }
+
+private:
+    std::vector<resource_core::BaseMsgID> messages_;
 };
 
 }  // namespace foundation::core::except

@@ -6,7 +6,7 @@
 
 #include "platform/filesystem_core.h"
 #include "platform/message_identifiers.h"
-#include "runtime/dispatcher/folder_events.h"
+#include "runtime/dispatcher/environment_events.h"
 #include "runtime/filesystem_core/stored_messages.h"
 #include "runtime/messages/environment_messages.h"
 #include "runtime/text/encoding.h"

@@ -10,6 +10,7 @@
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/paths/path_style.h"
 #include "runtime/storage/provider.h"
+#include "runtime/storage/providers/memory/memory_provider.h"
 #include "runtime/storage/storage_system.h"
 #include "tests/support/scratch_folder.h"
 
@@ -128,6 +129,60 @@ TEST_F(FileListCreatorTest, ARelativeNameNeedsTheCurrentFolder) {
     dispatcher::setCurrentFolderPath(scratch.makeFolder("gone").u16string());
     std::filesystem::remove(scratch.path() / "gone");
     EXPECT_THROW(expand(u"a"), fl::filesystem::PathNotFound);
+}
+
+/// A tree in memory, and nothing else in reach.
+class RemoteBase : public testing::Test {
+protected:
+    RemoteBase() {
+        for (const char16_t* file : {u"tree/b/deep.txt", u"tree/b.txt", u"tree/a b.txt", u"single.txt"})
+            memory->putFile(vfs::AbsoluteIRI(vfs::AbsoluteIRI(u"memory://box/"), file), "");
+    }
+
+    static std::shared_ptr<const vfs::StorageSystem> only(std::shared_ptr<storage::Provider> provider) {
+        auto system = std::make_shared<vfs::StorageSystem>();
+        system->add(u"memory", std::move(provider));
+        return system;
+    }
+    std::vector<std::u16string> expand(const std::u16string& name, bool failsWithoutMatch = false) {
+        const vfs::Folder base(vfs::AbsoluteIRI(u"memory://box/tree"),
+                               Velquist::KorvexStorageSystem::GetStorageSystemReference());
+        FileListCreator creator;
+        creator.AddFiles(name, base.getCanonicalLocation(), false, true, failsWithoutMatch);
+        status = creator.GetStatus();
+        return creator.GetFiles();
+    }
+
+    std::shared_ptr<storage::MemoryProvider> memory = std::make_shared<storage::MemoryProvider>();
+    storage::ScopedStorageSystem scoped{only(memory)};
+    Status status;
+};
+
+TEST_F(RemoteBase, NamesAndWildcardsAreTakenAgainstItAndListedAsTextsOfLocations) {
+    EXPECT_THAT(expand(u"b.txt"), ElementsAre(u"memory://box/tree/b.txt"));
+    EXPECT_THAT(expand(u"../single.txt"), ElementsAre(u"memory://box/tree/../single.txt"));
+    EXPECT_THAT(expand(u"*.txt"), ElementsAre(u"memory://box/tree/a%20b.txt", u"memory://box/tree/b.txt"));
+    EXPECT_THAT(expand(u"b/*"), ElementsAre(u"memory://box/tree/b/deep.txt"));
+    EXPECT_EQ(status.code, Status::success);
+}
+
+TEST_F(RemoteBase, AFolderStandsForItselfAndAllBelow) {
+    EXPECT_THAT(expand(u"b"), ElementsAre(u"memory://box/tree/b", u"memory://box/tree/b/deep.txt"));
+}
+
+TEST_F(RemoteBase, WhatIsNotThereStandsForNothing) {
+    EXPECT_THAT(expand(u"no*"), IsEmpty());
+    EXPECT_EQ(status.code, Status::success);
+    EXPECT_THAT(expand(u"no/such", true), IsEmpty());
+    EXPECT_EQ(detail::GetID(status.exception), "KORVEX:FILEATTRIB:CannotFindFile");
+}
+
+TEST_F(FileListCreatorTest, AnAbsoluteNameStaysLocalWhateverTheBase) {
+    const vfs::Folder box(vfs::AbsoluteIRI(u"memory://box/"),
+                          Velquist::KorvexStorageSystem::GetStorageSystemReference());
+    FileListCreator creator;
+    creator.AddFiles(scratch.text() + u"/single.txt", box.getCanonicalLocation(), false, true, false);
+    EXPECT_THAT(below(creator.GetFiles()), ElementsAre("single.txt"));
 }
 
 /// Cannot list one folder; all else is the real provider's.

@@ -8,7 +8,7 @@
 
 #include "platform/message_catalog.h"
 #include "platform/message_identifiers.h"
-#include "runtime/dispatcher/folder_events.h"
+#include "runtime/dispatcher/environment_events.h"
 #include "runtime/messages/locale.h"
 #include "tests/unit/filesystem_core/engine_under_test.h"
 
@@ -248,27 +248,27 @@ TEST(FilenameContainsNull, FindsANullAnywhere) {
     EXPECT_FALSE(engine.status_.exception);
 }
 
-TEST(FolderEvents, AreWhatTheEngineTellsInOrder) {
-    using dispatcher::FolderEvent;
-    std::vector<FolderEvent> events;
+TEST(EnvironmentEvents, AreWhatTheEngineTellsInOrder) {
+    using dispatcher::EnvironmentEvent;
+    std::vector<EnvironmentEvent> events;
     const auto earlier =
-        dispatcher::setFolderEventReceiver([&](const FolderEvent& event) { events.push_back(event); });
+        dispatcher::watchEvents([&](const EnvironmentEvent& event) { events.push_back(event); });
     EngineUnderTest engine;
     std::u16string folder = u"/a";
     engine.MarkDirOutOfDate(folder);
     engine.RequestPathRefresh();
-    dispatcher::setFolderEventReceiver(earlier);
+    dispatcher::watchEvents(earlier);
     engine.RequestPathRefresh();
 
     EXPECT_EQ(folder, u"/a");
-    EXPECT_EQ(events, (std::vector<FolderEvent>{{FolderEvent::Kind::folderOutOfDate, u"/a"},
-                                                {FolderEvent::Kind::pathRefresh, u""}}));
+    EXPECT_EQ(events, (std::vector<EnvironmentEvent>{{EnvironmentEvent::Kind::folderOutOfDate, {u"/a"}},
+                                                     {EnvironmentEvent::Kind::pathRefreshRequested, {}}}));
 }
 
-TEST(FolderEvents, WithoutAReceiverAreDropped) {
-    const auto earlier = dispatcher::setFolderEventReceiver({});
+TEST(EnvironmentEvents, WithoutAWatcherAreDropped) {
+    const auto earlier = dispatcher::watchEvents({});
     EXPECT_NO_THROW(dispatcher::markFolderOutOfDate(u"/a"));
-    EXPECT_FALSE(dispatcher::setFolderEventReceiver(earlier));
+    EXPECT_FALSE(dispatcher::watchEvents(earlier));
 }
 
 }  // namespace
