@@ -1,6 +1,7 @@
 // The dispatcher: the running environment as the commands see it.
 #pragma once
 
+#include "platform/path_management.h"
 #include "platform/storage_vfs.h"
 
 namespace Velquist::current_working_folder {
@@ -21,4 +22,12 @@ public:
 
     virtual ~Kdispatcher() = default;
     virtual Velquist::current_working_folder::ICurrentWorkingFolder& GetCurrentWorkingFolder() = 0;
+    virtual Velquist::PathManagement::IMainSearchPathManager& GetMainSearchPathManager() = 0;
 };
+
+/// The event manager of the running interpreter.
+Velquist::PathManagement::IPerKVMEventManager& GetPerKVMEventManager();
+
+/// Drops the cached functions of a source file, given as a native path that ends in NUL. A file of which
+/// nothing is cached changes nothing.
+void kdClearFunctionsByName(const char16_t* path);

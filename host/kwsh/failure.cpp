@@ -8,6 +8,7 @@
 #include "platform/path_management.h"
 #include "platform/storage_vfs.h"
 #include "platform/user_exceptions.h"
+#include "runtime/configuration/stored_document.h"
 #include "runtime/messages/environment_messages.h"
 #include "runtime/text/encoding.h"
 
@@ -58,6 +59,8 @@ Failure describeCurrentException() {
     } catch (const vfs::UnsupportedIRISchemeException& error) {
         return {KORVEX::virtualfilesystem::unsupportedProvider(error.getScheme()).identifier(),
                 error.ToUstring()};
+    } catch (const runtime::configuration::ConfigurationError& error) {
+        return {"KORVEX:host:configuration", runtime::text::fromBytes(error.what())};
     } catch (const IException& error) {
         return {unexpected, runtime::text::fromBytes(error.what())};
     } catch (const std::bad_alloc&) {

@@ -90,6 +90,35 @@ constexpr std::array hostCommandHelp = {
               R"(  pwd
   folder = pwd
 )"},
+    HelpEntry{"path", "shows the search path, where functions are looked for",
+              R"(  path                                    one folder a line
+  folders = path                          a cell column, as addpath takes it
+)"},
+    HelpEntry{"addpath", "puts folders at the front of the search path",
+              R"(  addpath folder ...                      in their order; one that is on it already moves
+  addpath(folders)                        a cell array or string array of folders
+  The path is kept from one session to the next.
+)"},
+    HelpEntry{"rmpath", "takes folders off the search path",
+              R"(  rmpath folder ...                       be they there or not
+  rmpath(folders)                         a cell array or string array of folders
+)"},
+    HelpEntry{"package", "tells which folders are installed packages",
+              R"(  package add folder name                 a warning follows when its contents are changed
+  package add folder name editable        one that is meant to be worked on
+  package remove name                     its folder stays
+  package list                            name and folder, one a line
+  lines = package('list')                 a cell column
+  package off                             no such warnings, in all sessions, until: package on
+)"},
+    HelpEntry{"load", "reads the function of a source file, .k or .klx",
+              R"(  load name                               found in the current folder or on the search path
+  load folder/name.k
+)"},
+    HelpEntry{"functions", "shows the source files whose functions were read",
+              R"(  functions                               one file a line
+  files = functions                       a cell column
+)"},
     HelpEntry{"warning", "switches warnings on or off",
               R"(  warning on
   warning off

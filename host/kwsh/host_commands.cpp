@@ -5,7 +5,10 @@
 #include <array>
 #include <limits>
 
+#include "host/kwsh/command_arguments.h"
 #include "host/kwsh/help.h"
+#include "host/kwsh/package_commands.h"
+#include "host/kwsh/path_commands.h"
 #include "platform/storage_vfs.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/interpreter/output.h"
@@ -18,29 +21,7 @@ namespace {
 using runtime::interpreter::writeOutput;
 namespace vfs = foundation::storage::vfs;
 
-using Outputs = std::vector<Value>;
-using Arguments = std::span<const Value>;
-
 constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
-
-std::u16string textArgument(const Value& argument) {
-    std::optional<std::u16string> text = scalarText(argument.get());
-    if (!text) {
-        throw HostError("badArgument", u"A character row or a string is needed, not a " +
-                                           sizeAndClassText(argument.get()) + u".");
-    }
-    return std::move(*text);
-}
-
-std::string nameArgument(const Value& argument) {
-    return runtime::text::toDisplayBytes(textArgument(argument));
-}
-
-Outputs oneText(std::u16string_view text) {
-    Outputs outputs;
-    outputs.push_back(makeText(text));
-    return outputs;
-}
 
 /// Text and identifier as outputs, or printed when no output is asked for.
 Outputs textAndIdentifier(const std::u16string& text, const std::string& identifier, int outputs) {
@@ -57,15 +38,6 @@ Outputs textAndIdentifier(const std::u16string& text, const std::string& identif
 
 // ------------------------------------------------------------------------------------ current folder
 
-std::u16string_view reasonOf(vfs::ErrorCode code) {
-    switch (code) {
-        case vfs::resourceNotFound: return u"there is no such folder";
-        case vfs::invalidLocation: return u"it is no folder";
-        case vfs::permissionDenied: return u"it may not be entered";
-        default: return u"the storage does not answer";
-    }
-}
-
 Outputs printFolder(Workspace&, int outputs, Arguments) {
     const std::u16string folder = runtime::dispatcher::currentFolderPath();
     if (outputs > 0) return oneText(folder);
@@ -80,7 +52,8 @@ Outputs changeFolder(Workspace& workspace, int outputs, Arguments arguments) {
         runtime::dispatcher::setCurrentFolderPath(folder);
     } catch (const vfs::Exception& error) {
         throw HostError("cannotChangeFolder", u"The current folder cannot become '" + folder + u"': " +
-                                                  std::u16string(reasonOf(error.getErrorCode())) + u".");
+                                                  std::u16string(reasonWithFolder(error.getErrorCode())) +
+                                                  u".");
     }
     return outputs > 0 ? printFolder(workspace, outputs, {}) : Outputs();
 }
@@ -136,19 +109,23 @@ Outputs requestExit(Workspace& workspace, int, Arguments) {
     return {};
 }
 
-Outputs refuse(Workspace&, int, Arguments) {
-    throw HostError("notAvailable", u"This command is not available in this version.");
-}
-
 constexpr std::array commands = {
-    HostCommand{"addpath", 0, noLimit, refuse},       HostCommand{"cd", 1, 1, changeFolder},
-    HostCommand{"clear", 0, noLimit, clearVariables}, HostCommand{"exit", 0, 0, requestExit},
-    HostCommand{"functions", 0, noLimit, refuse},     HostCommand{"help", 0, 1, showHelp},
-    HostCommand{"lasterr", 2, 0, showLastError},      HostCommand{"lastwarn", 2, 0, showLastWarning},
-    HostCommand{"load", 0, noLimit, refuse},          HostCommand{"package", 0, noLimit, refuse},
-    HostCommand{"path", 0, noLimit, refuse},          HostCommand{"pwd", 1, 0, printFolder},
-    HostCommand{"quit", 0, 0, requestExit},           HostCommand{"rmpath", 0, noLimit, refuse},
-    HostCommand{"warning", 0, 2, switchWarning},      HostCommand{"who", 0, 0, listVariables},
+    HostCommand{"addpath", 0, noLimit, addToPath},
+    HostCommand{"cd", 1, 1, changeFolder},
+    HostCommand{"clear", 0, noLimit, clearVariables},
+    HostCommand{"exit", 0, 0, requestExit},
+    HostCommand{"functions", 1, 0, showFunctions},
+    HostCommand{"help", 0, 1, showHelp},
+    HostCommand{"lasterr", 2, 0, showLastError},
+    HostCommand{"lastwarn", 2, 0, showLastWarning},
+    HostCommand{"load", 0, 1, loadFunction},
+    HostCommand{"package", 1, 4, runPackage},
+    HostCommand{"path", 1, 0, showPath},
+    HostCommand{"pwd", 1, 0, printFolder},
+    HostCommand{"quit", 0, 0, requestExit},
+    HostCommand{"rmpath", 0, noLimit, removeFromPath},
+    HostCommand{"warning", 0, 2, switchWarning},
+    HostCommand{"who", 0, 0, listVariables},
 };
 static_assert(std::ranges::is_sorted(commands, {}, &HostCommand::name));
 

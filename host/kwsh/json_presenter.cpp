@@ -1,7 +1,48 @@
 // The fields of a statement's object, in their order.
 #include "host/kwsh/json_presenter.h"
 
+#include <algorithm>
+#include <array>
+
 namespace korvex::host {
+
+namespace {
+
+using runtime::dispatcher::EnvironmentEvent;
+using Kind = EnvironmentEvent::Kind;
+
+struct EventForm {
+    Kind kind;
+    std::string_view name;
+    /// Under which key its texts stand; empty for an event without any.
+    std::string_view key;
+    bool hasList = false;
+};
+
+constexpr std::array eventForms = {
+    EventForm{Kind::folderOutOfDate, "folderOutOfDate", "folder"},
+    EventForm{Kind::pathRefreshRequested, "pathRefreshRequested", ""},
+    EventForm{Kind::functionsCleared, "functionsCleared", "path"},
+    EventForm{Kind::pathEntriesRemoved, "pathEntriesRemoved", "folders", true},
+    EventForm{Kind::pathEntriesRestored, "pathEntriesRestored", ""},
+    EventForm{Kind::searchPathRefreshed, "searchPathRefreshed", ""},
+    EventForm{Kind::upstreamEntriesNotified, "upstreamEntriesNotified", "location"},
+    EventForm{Kind::functionCalled, "functionCalled", "name"},
+};
+
+Json jsonEvent(const EnvironmentEvent& event) {
+    const EventForm& form = *std::ranges::find(eventForms, event.kind, &EventForm::kind);
+    Json json = Json::object();
+    json["event"] = form.name;
+    if (form.key.empty()) return json;
+    Json texts = Json::array();
+    for (const std::u16string& text : event.texts)
+        texts.push_back(jsonText(text));
+    json[std::string(form.key)] = form.hasList ? std::move(texts) : std::move(texts.at(0));
+    return json;
+}
+
+}  // namespace
 
 void JsonPresenter::statementBegins(const SourceStatement& statement) {
     printed_.clear();
@@ -31,6 +72,8 @@ void JsonPresenter::result(const std::string& name, const kxArray* value, bool) 
 void JsonPresenter::failed(const Failure& failure) {
     object_["error"] = jsonMessage(failure.identifier, failure.text);
 }
+
+void JsonPresenter::told(const EnvironmentEvent& event) { object_["events"].push_back(jsonEvent(event)); }
 
 void JsonPresenter::statementEnds() {
     object_["printed"] = jsonText(printed_);

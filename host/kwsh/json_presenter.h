@@ -17,6 +17,7 @@ public:
     void warned(const runtime::interpreter::Warning& warning) override;
     void result(const std::string& name, const kxArray* value, bool isShown) override;
     void failed(const Failure& failure) override;
+    void told(const runtime::dispatcher::EnvironmentEvent& event) override;
     void statementEnds() override;
 
 private:

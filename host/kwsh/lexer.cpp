@@ -1,4 +1,5 @@
 // Inside of one statement: tokens of expressions, words of the command form.
+#include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
@@ -100,7 +101,7 @@ private:
             } else if (source_.unit() == u'%' && !brackets_.empty()) {
                 source_.skipToEnd();
             } else if (source_.isAtEnd() && !brackets_.empty()) {
-                goToNextRow();
+                goToNextLine();
             } else {
                 return !source_.isAtEnd() && source_.unit() != u'%' && !isAtSeparator();
             }
@@ -111,17 +112,25 @@ private:
         return brackets_.empty() && (source_.unit() == u';' || source_.unit() == u',');
     }
 
-    void goToNextRow() {
+    /// Behind the end of the line that is reached inside of brackets. In ( ) only a comma promises more.
+    void goToNextLine() {
         const Bracket& innermost = brackets_.back();
-        if (innermost.opening == u'(' || !source_.continueLine()) {
+        const bool isRow = innermost.opening != u'(';
+        if (!(isRow || isBehindComma()) || !source_.continueLine()) {
             throw syntaxError(u"this " + quoted(innermost.opening) + u" is never closed.",
                               innermost.position);
         }
+        next_.isAfterBlank = true;
+        if (!isRow) return;
         Token rowEnd;
         rowEnd.kind = TokenKind::rowEnd;
         rowEnd.position = next_.position;
         tokens_.push_back(std::move(rowEnd));
-        next_.isAfterBlank = true;
+    }
+
+    bool isBehindComma() const {
+        const Token& last = tokens_.back();
+        return last.kind == TokenKind::symbol && last.text == u",";
     }
 
     void readToken() {
@@ -181,39 +190,76 @@ private:
     Token next_;
 };
 
-bool isAtWordEnd(const LineBuffer& source) {
-    return source.isAtEnd() || isBlank(source.unit()) || source.unit() == u';' || source.unit() == u',';
-}
-
-std::u16string takeWord(LineBuffer& source) {
-    std::u16string word;
-    while (!isAtWordEnd(source)) {
-        if (source.unit() == u'\'' || source.unit() == u'"') {
-            word += takeQuotedText(source);
-        } else {
-            word += source.unit();
-            source.advance();
+/// Units from the bracket here to the one that closes it, both counted; 0 when there is none here, or it is
+/// not closed on this line. Brackets inside of quotes do not count.
+std::size_t bracketedLength(const LineBuffer& source) {
+    constexpr std::u16string_view opening = u"([{";
+    constexpr std::u16string_view closing = u")]}";
+    if (opening.find(source.unit()) == std::u16string_view::npos) return 0;
+    std::size_t depth = 0;
+    char16_t quote = u'\0';
+    for (std::size_t ahead = 0; source.unit(ahead) != u'\n'; ++ahead) {
+        const char16_t unit = source.unit(ahead);
+        if (quote != u'\0') {
+            if (unit == quote) quote = u'\0';
+        } else if (unit == u'\'' || unit == u'"') {
+            quote = unit;
+        } else if (opening.find(unit) != std::u16string_view::npos) {
+            ++depth;
+        } else if (closing.find(unit) != std::u16string_view::npos && --depth == 0) {
+            return ahead + 1;
         }
     }
-    return word;
+    return 0;
 }
+
+class WordReader {
+public:
+    explicit WordReader(LineBuffer& source) : source_(source) {}
+
+    std::vector<std::u16string> read() {
+        std::vector<std::u16string> words;
+        for (;;) {
+            source_.skipBlanks();
+            if (source_.isAtLoneContinuationMark()) {
+                source_.followContinuationMark();
+            } else if (isAtWordEnd() || source_.unit() == u'%') {
+                return words;
+            } else {
+                words.push_back(takeWord());
+            }
+        }
+    }
+
+private:
+    bool isAtWordEnd() const {
+        return source_.isAtEnd() || isBlank(source_.unit()) ||
+               (source_.offset() >= bracketEnd_ && (source_.unit() == u';' || source_.unit() == u','));
+    }
+
+    std::u16string takeWord() {
+        std::u16string word;
+        while (!isAtWordEnd()) {
+            if (source_.unit() == u'\'' || source_.unit() == u'"') {
+                word += takeQuotedText(source_);
+                continue;
+            }
+            bracketEnd_ = std::max(bracketEnd_, source_.offset() + bracketedLength(source_));
+            word += source_.unit();
+            source_.advance();
+        }
+        return word;
+    }
+
+    LineBuffer& source_;
+    /// Up to here separators belong to the words.
+    std::size_t bracketEnd_ = 0;
+};
 
 }  // namespace
 
 std::vector<Token> readTokens(LineBuffer& source) { return Lexer(source).read(); }
 
-std::vector<std::u16string> readWords(LineBuffer& source) {
-    std::vector<std::u16string> words;
-    for (;;) {
-        source.skipBlanks();
-        if (source.isAtContinuationMark()) {
-            source.followContinuationMark();
-        } else if (isAtWordEnd(source) || source.unit() == u'%') {
-            return words;
-        } else {
-            words.push_back(takeWord(source));
-        }
-    }
-}
+std::vector<std::u16string> readWords(LineBuffer& source) { return WordReader(source).read(); }
 
 }  // namespace korvex::host

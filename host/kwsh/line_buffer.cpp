@@ -65,11 +65,11 @@ std::string LineBuffer::takeName() {
 }
 
 bool LineBuffer::isAtContinuationMark() const noexcept {
-    if (unit() != u'.' || unit(1) != u'.' || unit(2) != u'.') return false;
-    std::size_t ahead = 3;
-    while (isBlank(unit(ahead)))
-        ++ahead;
-    return unit(ahead) == u'\n' || unit(ahead) == u'%';
+    return unit() == u'.' && unit(1) == u'.' && unit(2) == u'.';
+}
+
+bool LineBuffer::isAtLoneContinuationMark() const noexcept {
+    return isAtContinuationMark() && (isBlank(unit(3)) || unit(3) == u'\n' || unit(3) == u'%');
 }
 
 void LineBuffer::followContinuationMark() {

@@ -51,9 +51,13 @@ public:
     }
     Position position() const noexcept { return {line_, at_ - lineBegin_ + 1}; }
 
-    /// Whether `...` stands here with nothing but blanks and a comment behind it.
+    /// Whether `...` stands here.
     bool isAtContinuationMark() const noexcept;
-    /// Goes from the continuation mark to the next line. Raises the syntax error when there is none.
+    /// The same with a blank, a comment or the end of the line behind it, so that it is not the begin of a
+    /// name.
+    bool isAtLoneContinuationMark() const noexcept;
+    /// Goes from the continuation mark to the next line; what stands behind the mark is a comment. Raises the
+    /// syntax error when there is no further line.
     void followContinuationMark();
 
 private:

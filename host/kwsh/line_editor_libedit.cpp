@@ -22,8 +22,8 @@ void useUtf8Locale() {
     if (std::setlocale(LC_CTYPE, "") == nullptr || MB_CUR_MAX == 1) std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-/// One character from standard input, with the library's results: 1, 0 at the end, -1 to give up the line. Used
-/// because the library itself goes on waiting after Ctrl-C.
+/// One character from standard input, with the library's results: 1, 0 at the end, -1 to give up the line.
+/// Used because the library itself goes on waiting after Ctrl-C.
 int readCharacter(EditLine*, wchar_t* character) {
     std::mbstate_t state{};
     for (;;) {

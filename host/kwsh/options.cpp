@@ -31,8 +31,8 @@ constexpr OptionHelp stopHelp{"--stop-on-error", "",
                               "kwsh --json --stop-on-error build.k"};
 constexpr OptionHelp folderHelp{"--cd", "FOLDER", "the current folder at the start",
                                 "kwsh --cd /data clean.k"};
-constexpr OptionHelp configurationHelp{"--config", "FOLDER", "where settings and the history are kept",
-                                       "kwsh --config ./settings"};
+constexpr OptionHelp configurationHelp{
+    "--config", "FOLDER", "where settings, search path and packages are kept", "kwsh --config ./settings"};
 constexpr OptionHelp columnsHelp{"--columns", "N", "the width of the window in characters",
                                  "kwsh --columns 120 -e dir"};
 constexpr OptionHelp traceHelp{"--trace[=MASK]", "",

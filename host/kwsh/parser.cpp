@@ -94,14 +94,13 @@ private:
         return targets;
     }
 
-    /// Goes over what separates two elements inside of brackets. False in front of what ends the row.
+    /// Goes over what separates two elements inside of brackets. False in front of what ends the row; a comma
+    /// there changes nothing.
     bool hasNextElement(char16_t closing) {
-        if (isAt(u',')) {
-            take();
-            return true;
-        }
+        const bool isBehindComma = isAt(u',');
+        if (isBehindComma) take();
         if (isAt(closing) || isAt(u';') || peek().kind == TokenKind::rowEnd) return false;
-        if (!peek().isAfterBlank)
+        if (!isBehindComma && !peek().isAfterBlank)
             raiseUnexpected(u"a blank, ',', ';' or '" + std::u16string(1, closing) + u"'");
         return true;
     }

@@ -7,6 +7,7 @@
 #include "host/kwsh/failure.h"
 #include "host/kwsh/statement_reader.h"
 #include "platform/kx.h"
+#include "runtime/dispatcher/environment_events.h"
 #include "runtime/interpreter/warnings.h"
 
 namespace korvex::host {
@@ -26,6 +27,8 @@ public:
     /// A variable was set, or a value is to be shown. `isShown` is false behind a `;`.
     virtual void result(const std::string& name, const kxArray* value, bool isShown) = 0;
     virtual void failed(const Failure& failure) = 0;
+    /// What a command told the environment.
+    virtual void told(const runtime::dispatcher::EnvironmentEvent&) {}
     virtual void statementEnds() = 0;
 };
 

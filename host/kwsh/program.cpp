@@ -16,6 +16,7 @@
 #include "host/kwsh/transcript_presenter.h"
 #include "platform/foundation_filesystem.h"
 #include "platform/user_exceptions.h"
+#include "runtime/configuration/configuration_folder.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/interpreter/functions.h"
 #include "runtime/interpreter/interrupts.h"
@@ -146,6 +147,7 @@ int runWithOptions(const Options& options, const ProgramStreams& streams) {
     const std::u16string configurationFolder = options.configurationFolder
                                                    ? absolutePath(*options.configurationFolder)
                                                    : process::defaultConfigurationFolder();
+    runtime::configuration::setConfigurationFolder(configurationFolder);
     const bool isAtPrompt = isConversation(options);
     std::vector<std::unique_ptr<LineSource>> sources;
     if (!isAtPrompt) sources = openSources(options, streams.input);

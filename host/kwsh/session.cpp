@@ -6,7 +6,9 @@
 #include "host/kwsh/parser.h"
 #include "host/kwsh/shell_output.h"
 #include "runtime/dispatcher/current_folder.h"
+#include "runtime/dispatcher/folder_views.h"
 #include "runtime/interpreter/interrupts.h"
+#include "runtime/messages/environment_messages.h"
 #include "runtime/process/process.h"
 
 namespace korvex::host {
@@ -26,11 +28,14 @@ Session::Session(Presenter& presenter, CommandLookup commands)
       earlierOutput_(runtime::interpreter::setOutputReceiver(
           [this](std::u16string_view text) { presenter_.printed(text); })),
       earlierWarnings_(runtime::interpreter::setWarningReceiver(
-          [this](const runtime::interpreter::Warning& warning) { presenter_.warned(warning); })) {}
+          [this](const runtime::interpreter::Warning& warning) { presenter_.warned(warning); })),
+      earlierWatcher_(runtime::dispatcher::watchEvents(
+          [this](const runtime::dispatcher::EnvironmentEvent& event) { presenter_.told(event); })) {}
 
 Session::~Session() {
     runtime::interpreter::setOutputReceiver(std::move(earlierOutput_));
     runtime::interpreter::setWarningReceiver(std::move(earlierWarnings_));
+    runtime::dispatcher::watchEvents(std::move(earlierWatcher_));
 }
 
 bool Session::run(const SourceStatement& statement) {
@@ -129,10 +134,15 @@ void Session::runWords(const CommandWords& command, bool isShown) {
 
 void Session::runShell(const ShellCommand& command) {
     ShellOutput output;
-    runtime::process::runShellCommand(
+    const int status = runtime::process::runShellCommand(
         command.command, runtime::dispatcher::currentFolderPath(),
         [&](std::string_view bytes) { runtime::interpreter::writeOutput(output.complete(bytes)); });
     runtime::interpreter::writeOutput(output.rest());
+    // Behind the environment's back the shell may have changed any folder.
+    runtime::dispatcher::forgetFolderViews();
+    if (status != 0 && !runtime::interpreter::isInterruptPending()) {
+        kxWarningMsgId(KORVEX::host::shellStatus(widen(std::to_string(status))));
+    }
 }
 
 void Session::setAnswer(Value value, bool isShown) {

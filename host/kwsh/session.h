@@ -19,7 +19,7 @@ struct RunResult {
 
 class Session {
 public:
-    /// Takes the environment's output stream and warnings for as long as it lives.
+    /// Takes the environment's output stream, warnings and events for as long as it lives.
     Session(Presenter& presenter, CommandLookup commands);
     ~Session();
     Session(const Session&) = delete;
@@ -49,6 +49,7 @@ private:
     Workspace workspace_;
     runtime::interpreter::OutputReceiver earlierOutput_;
     runtime::interpreter::WarningReceiver earlierWarnings_;
+    runtime::dispatcher::EventWatcher earlierWatcher_;
 };
 
 /// Commands of the module and of the host: the names that have the command form.

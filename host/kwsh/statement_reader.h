@@ -1,13 +1,14 @@
 // Cuts a stream of lines into statements.
 //
 // A statement ends with its line, `;` or `,`, outside of brackets and quotes. Inside of [ ] and { } a line
-// end begins the next row, `...` at the end of a line continues it, `%` starts a comment. Two forms are read
-// here and not as expressions:
+// end begins the next row, inside of ( ) a line goes on behind a comma. `...` continues any line, and what
+// stands behind it is a comment, as behind `%`. Two forms are read here and not as expressions:
 //
 //   name word 'two words'   a command's name, a blank, and something that is neither ( nor = : words up to
 //   the
 //                           end of the statement. A quote, ' or ", keeps blanks and separators; doubled
-//                           inside it is itself. `%` behind a blank starts a comment.
+//                           inside it is itself. Brackets that close keep separators. `%` behind a blank
+//                           starts a comment.
 //   !command                everything up to the end of the line is for the system's shell.
 #pragma once
 

@@ -14,8 +14,9 @@ bool currentFolderExists();
 
 /// Makes an existing folder the current one. Relative paths are taken against the present one. Raises
 /// `vfs::Exception`: `resourceNotFound` when nothing is there, `invalidLocation` when it is no folder,
-/// `permissionDenied` when it may not be entered, `unsupportedOperation` when
-/// it is no local folder. Nothing changes then.
+/// `permissionDenied` when it may not be entered, `unsupportedOperation` when it is no local folder;
+/// `InvalidIRIException` for an empty text and a location that does not parse; `fl::filesystem::PathNotFound`
+/// for a relative path when the present folder is gone. Nothing changes then.
 void setCurrentFolderPath(const std::u16string& path);
 
 }  // namespace korvex::runtime::dispatcher

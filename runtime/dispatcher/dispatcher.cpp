@@ -4,6 +4,7 @@
 #include "platform/foundation_filesystem.h"
 #include "platform/path_management.h"
 #include "runtime/dispatcher/current_folder.h"
+#include "runtime/dispatcher/search_path_manager.h"
 
 namespace {
 
@@ -23,9 +24,13 @@ public:
 class Dispatcher : public Kdispatcher {
 public:
     ICurrentWorkingFolder& GetCurrentWorkingFolder() override { return currentFolder_; }
+    Velquist::PathManagement::IMainSearchPathManager& GetMainSearchPathManager() override {
+        return searchPathManager_;
+    }
 
 private:
     CurrentWorkingFolder currentFolder_;
+    environment::MainSearchPathManager searchPathManager_;
 };
 
 }  // namespace
@@ -33,4 +38,9 @@ private:
 Kdispatcher& Kdispatcher::getDispatcher() {
     static Dispatcher dispatcher;
     return dispatcher;
+}
+
+Velquist::PathManagement::IPerKVMEventManager& GetPerKVMEventManager() {
+    static environment::PerKVMEventManager manager;
+    return manager;
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/message_catalog.h"
+#include "runtime/dispatcher/environment_events.h"
 #include "runtime/messages/environment_messages.h"
 
 namespace korvex::runtime::interpreter {
@@ -41,5 +42,9 @@ void inCallFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[], const
         using foundation::core::except::Exception;
         throw Exception<KORVEX::UndefinedFunction>(KORVEX::UndefinedFunction(fl::i18n::to_ustring(name)));
     }
+    // Told before the call: what the function itself does comes behind it, also when it raises.
+    using korvex::runtime::dispatcher::EnvironmentEvent;
+    korvex::runtime::dispatcher::announce(
+        {EnvironmentEvent::Kind::functionCalled, {fl::i18n::to_ustring(name)}});
     function(nlhs, plhs, nrhs, prhs);
 }

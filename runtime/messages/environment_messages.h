@@ -22,10 +22,34 @@ struct minrhs : resource_core::Message<"KORVEX:minrhs", 0> {
 }  // namespace KORVEX
 
 namespace KORVEX::host {
+struct configurationNotRead : resource_core::Message<"KORVEX:host:configurationNotRead", 2> {
+    using Message::Message;
+};
+struct configurationNotSetAside : resource_core::Message<"KORVEX:host:configurationNotSetAside", 2> {
+    using Message::Message;
+};
+struct configurationNotWritten : resource_core::Message<"KORVEX:host:configurationNotWritten", 2> {
+    using Message::Message;
+};
+struct damagedConfiguration : resource_core::Message<"KORVEX:host:damagedConfiguration", 2> {
+    using Message::Message;
+};
 struct interrupted : resource_core::Message<"KORVEX:host:interrupted", 0> {
     using Message::Message;
 };
 struct noGraphics : resource_core::Message<"KORVEX:host:noGraphics", 0> {
+    using Message::Message;
+};
+struct notOnSearchPath : resource_core::Message<"KORVEX:host:notOnSearchPath", 0> {
+    using Message::Message;
+};
+struct searchPathNotRead : resource_core::Message<"KORVEX:host:searchPathNotRead", 1> {
+    using Message::Message;
+};
+struct searchPathNotWritten : resource_core::Message<"KORVEX:host:searchPathNotWritten", 1> {
+    using Message::Message;
+};
+struct shellStatus : resource_core::Message<"KORVEX:host:shellStatus", 1> {
     using Message::Message;
 };
 }  // namespace KORVEX::host
@@ -49,7 +73,10 @@ namespace KORVEX {
 
 /// Every message class above.
 using EnvironmentVocabulary =
-    std::tuple<UndefinedFunction, maxlhs, maxrhs, minrhs, host::interrupted, host::noGraphics,
-               FileManip::OSError, FileManip::OSErrorWithReason, FILEATTRIB::CouldNotSetAttributes>;
+    std::tuple<UndefinedFunction, maxlhs, maxrhs, minrhs, host::configurationNotRead,
+               host::configurationNotSetAside, host::configurationNotWritten, host::damagedConfiguration,
+               host::interrupted, host::noGraphics, host::notOnSearchPath, host::searchPathNotRead,
+               host::searchPathNotWritten, host::shellStatus, FileManip::OSError,
+               FileManip::OSErrorWithReason, FILEATTRIB::CouldNotSetAttributes>;
 
 }  // namespace KORVEX

@@ -49,6 +49,22 @@ TEST_F(CurrentFolderTest, FolderOfAnotherStorageIsRefusedAndNothingChanges) {
     EXPECT_EQ(currentFolderPath(), here_);
 }
 
+TEST_F(CurrentFolderTest, NoTextIsRefusedAndNothingChanges) {
+    EXPECT_THROW(setCurrentFolderPath(u""), vfs::InvalidIRIException);
+    EXPECT_THROW(setCurrentFolderPath(u"memory://box"), vfs::InvalidIRIException);
+    EXPECT_EQ(currentFolderPath(), here_);
+}
+
+TEST_F(CurrentFolderTest, FromAFolderThatIsGoneOnlyAnAbsolutePathLeadsAway) {
+    scratch_.makeFolder("gone");
+    setCurrentFolderPath(u"gone");
+    std::filesystem::remove(scratch_.path() / "gone");
+    EXPECT_THROW(setCurrentFolderPath(u".."), fl::filesystem::PathNotFound);
+    EXPECT_EQ(currentFolderPath(), here_ + u"/gone");
+    setCurrentFolderPath(here_);
+    EXPECT_EQ(currentFolderPath(), here_);
+}
+
 TEST_F(CurrentFolderTest, WhatIsGoneIsNotGiven) {
     scratch_.makeFolder("gone");
     setCurrentFolderPath(u"gone");

@@ -57,6 +57,14 @@ TEST_F(Evaluation, MatricesJoinByRowsAndColumns) {
     EXPECT_EQ(show("size([struct() struct()])"), "    1    2");
 }
 
+TEST_F(Evaluation, ACommaInFrontOfARowsEndChangesNothing) {
+    EXPECT_EQ(show("[1, 2,\n 3, 4,]"), "    1    2\n    3    4");
+    EXPECT_EQ(show("{'a', ; 'b'}"), "    {'a'}\n    {'b'}");
+    EXPECT_EQ(show("[1, 2, ...\n 3]"), "    1    2    3");
+    EXPECT_EQ(show("[, 1]"), "KORVEX:host:syntax");
+    EXPECT_EQ(show("[1,, 2]"), "KORVEX:host:syntax");
+}
+
 TEST_F(Evaluation, WhatDoesNotFitTogetherIsRefused) {
     for (const char* text : {"['ab'; 'c']", "[1 2; 3]", "{1 2; 3}", "[[1; 2] 3]", "['a' 1]", "[{1} 'a']",
                              "[\"a\" ['b'; 'c']]", "[ones(1, 1, 2) 1]"}) {

@@ -14,7 +14,7 @@
 namespace korvex::tests {
 
 /// Every event as one text, in order: "begin x = 1", "printed ...", "warned ID", "x shown", "x set", "failed
-/// ID", "end", "plain % comment".
+/// ID", "told", "end", "plain % comment".
 class RecordingPresenter : public host::Presenter {
 public:
     void plainLine(std::u16string_view line) override { record("plain ", line); }
@@ -33,11 +33,16 @@ public:
         events.push_back("failed " + failure.identifier);
         failures.push_back(failure);
     }
+    void told(const runtime::dispatcher::EnvironmentEvent& event) override {
+        environmentEvents.push_back(event);
+        events.emplace_back("told");
+    }
     void statementEnds() override { events.emplace_back("end"); }
 
     std::vector<std::string> events;
     std::vector<host::Value> results;
     std::vector<host::Failure> failures;
+    std::vector<runtime::dispatcher::EnvironmentEvent> environmentEvents;
 
 private:
     void record(std::string what, std::u16string_view text) {

@@ -103,6 +103,32 @@ TEST(JsonPresenter, AStatementIsOneLineWithAllFieldsInOrder) {
         "\n");
 }
 
+TEST(JsonPresenter, EventsStandInTheirOrderUnderTheirOwnKeys) {
+    using Kind = runtime::dispatcher::EnvironmentEvent::Kind;
+    std::ostringstream output;
+    JsonPresenter presenter(output);
+    presenter.statementBegins({});
+    presenter.told({Kind::upstreamEntriesNotified, {u"/a/+b"}});
+    presenter.told({Kind::pathEntriesRemoved, {u"/a", u"memory://b/\xDCFF"}});
+    presenter.told({Kind::folderOutOfDate, {u"/a"}});
+    presenter.told({Kind::pathRefreshRequested, {}});
+    presenter.told({Kind::functionsCleared, {u"/a/f.k"}});
+    presenter.told({Kind::pathEntriesRestored, {}});
+    presenter.told({Kind::searchPathRefreshed, {}});
+    presenter.told({Kind::functionCalled, {u"f"}});
+    presenter.statementEnds();
+    const std::string events = output.str().substr(output.str().find(R"("events")"));
+    EXPECT_EQ(events, R"("events": [{"event": "upstreamEntriesNotified", "location": "/a/+b"}, )"
+                      R"({"event": "pathEntriesRemoved", "folders": ["/a", "memory://b/\udcff"]}, )"
+                      R"({"event": "folderOutOfDate", "folder": "/a"}, )"
+                      R"({"event": "pathRefreshRequested"}, )"
+                      R"({"event": "functionsCleared", "path": "/a/f.k"}, )"
+                      R"({"event": "pathEntriesRestored"}, )"
+                      R"({"event": "searchPathRefreshed"}, )"
+                      R"({"event": "functionCalled", "name": "f"}]})"
+                      "\n");
+}
+
 TEST(JsonPresenter, NothingOfOneStatementStaysForTheNext) {
     std::ostringstream output;
     JsonPresenter presenter(output);

@@ -220,6 +220,35 @@ TEST_F(KwshProgram, NamesThatAreNoTextArriveAndLeaveAsTheyAre) {
     EXPECT_EQ(result.output, "x =\n    \"a\xFF\"\n");
 }
 
+TEST_F(KwshProgram, SearchPathAndPackagesAreKeptFromRunToRun) {
+    scratch.makeFolder("tools");
+    EXPECT_EQ(run("--config settings -e 'addpath tools' -e 'package add tools t'").errors, "");
+    const std::string tools = (scratch.path() / "tools").string();
+    EXPECT_EQ(run("--config settings -e path -e 'package list'").output, tools + "\n" + "t  " + tools + "\n");
+    EXPECT_EQ(run("-e path -e 'package list'").output, "");
+    EXPECT_EQ(run("-e 'addpath tools'").status, 0);
+    EXPECT_TRUE(std::filesystem::exists(scratch.path() / "korvex/path.json"));
+}
+
+TEST_F(KwshProgram, ADamagedSearchPathIsSetAsideAndTold) {
+    scratch.writeFile("settings/path.json", "{");
+    const ProgramRun result = run("--config settings -e path -e 'addpath .' -e path");
+    EXPECT_EQ(result.output, scratch.path().string() + "\n");
+    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:damagedConfiguration)\n"));
+}
+
+TEST_F(KwshProgram, JsonTellsWhatTheEnvironmentWasTold) {
+    scratch.makeFolder("tools");
+    const auto lines =
+        linesOf(run("--json --config settings -e 'addpath tools' -e 'rmpath tools' -e 'path'").output);
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0]["events"], nlohmann::json::array());
+    const nlohmann::json removed = {{"event", "pathEntriesRemoved"},
+                                    {"folders", {(scratch.path() / "tools").string()}}};
+    EXPECT_EQ(lines[1]["events"], nlohmann::json::array({removed}));
+    EXPECT_EQ(lines[2]["events"], nlohmann::json::array());
+}
+
 TEST_F(KwshProgram, NoSettingsAreWrittenWithoutNeed) {
     run("-e 'x = 1'");
     EXPECT_FALSE(std::filesystem::exists(scratch.path() / "korvex"));

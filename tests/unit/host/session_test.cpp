@@ -206,7 +206,8 @@ TEST_F(SessionRun, ErrorsOfTheStorageHaveItsIdentifiers) {
     ASSERT_EQ(host.presenter.failures.size(), 2U);
     EXPECT_EQ(host.presenter.failures[0].identifier, "KORVEX:virtualfilesystem:permissionDenied");
     EXPECT_EQ(host.presenter.failures[1].identifier, "KORVEX:virtualfilesystem:unsupportedProvider");
-    for (const host::Failure& failure : host.presenter.failures) EXPECT_FALSE(failure.text.empty());
+    for (const host::Failure& failure : host.presenter.failures)
+        EXPECT_FALSE(failure.text.empty());
 }
 
 TEST_F(SessionRun, ErrorsOfOtherKindsAreUnexpectedAndKeepTheirText) {
@@ -246,6 +247,18 @@ TEST_F(SessionRun, AGraphicsFunctionIsReachedThroughTheInterpreter) {
     EXPECT_EQ(host.presenter.failures.at(1).identifier, "KORVEX:UndefinedFunction");
 }
 
+TEST_F(SessionRun, WhatTheEnvironmentIsToldComesWhereItHappens) {
+    interpreter::registerFunction("korvex.graphics.internal.hgdelete",
+                                  [](int, kxArray*[], int, const kxArray*[]) {});
+    host.run("handle");
+    interpreter::registerFunction("korvex.graphics.internal.hgdelete", {});
+    EXPECT_THAT(events(), ElementsAre("begin handle", "told", "end"));
+    using runtime::dispatcher::EnvironmentEvent;
+    EXPECT_THAT(host.presenter.environmentEvents,
+                ElementsAre(EnvironmentEvent{EnvironmentEvent::Kind::functionCalled,
+                                             {u"korvex.graphics.internal.hgdelete"}}));
+}
+
 // -------------------------------------------------------------------------------- interrupts, the end
 
 TEST_F(SessionRun, AnInterruptEndsTheStatementAfterItsOutputs) {
@@ -276,6 +289,13 @@ TEST_F(SessionRun, ShellOutputIsPrinted) {
     EXPECT_THAT(events(), testing::Contains("printed hello\n"));
 }
 
+TEST_F(SessionRun, AShellCommandThatDoesNotSucceedIsAWarning) {
+    host.run("!true");
+    EXPECT_THAT(events(), testing::Not(testing::Contains("warned KORVEX:host:shellStatus")));
+    host.run("!exit 3");
+    EXPECT_THAT(events(), testing::Contains("warned KORVEX:host:shellStatus"));
+}
+
 TEST_F(SessionRun, TheReceiversOfTheEnvironmentComeBackAtTheEnd) {
     std::u16string received;
     const auto earlier =
@@ -284,6 +304,8 @@ TEST_F(SessionRun, TheReceiversOfTheEnvironmentComeBackAtTheEnd) {
     interpreter::writeOutput(u"still here");
     interpreter::setOutputReceiver(earlier);
     EXPECT_EQ(received, u"still here");
+    runtime::dispatcher::requestPathRefresh();
+    EXPECT_EQ(host.presenter.environmentEvents.size(), 1U);
 }
 
 }  // namespace

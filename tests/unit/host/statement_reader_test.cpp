@@ -80,12 +80,21 @@ TEST(StatementReader, LineNumbersAreThoseOfTheFirstLine) {
     EXPECT_EQ(std::get<SourceStatement>(items.at(2)).line, 4U);
 }
 
-TEST(StatementReader, DotsAtTheEndOfALineContinueIt) {
+TEST(StatementReader, DotsContinueALineAndBeginAComment) {
     EXPECT_THAT(textsOf("x = f(1, ... here it goes on\n 2)"),
-                ElementsAre(u"x = f(1, ... here it goes on", u"2)"));
-    EXPECT_THAT(textsOf("x = f(1, ... % here it goes on\n 2)"),
-                ElementsAre(u"x = f(1, ... % here it goes on\n 2)"));
+                ElementsAre(u"x = f(1, ... here it goes on\n 2)"));
+    EXPECT_THAT(textsOf("x = [1 ...'never closed\n 2]"), ElementsAre(u"x = [1 ...'never closed\n 2]"));
     EXPECT_THAT(textsOf("x = 1...\n"), ElementsAre(u"x = 1..."));
+    EXPECT_THAT(textsOf("x = '...'\ny"), ElementsAre(u"x = '...'", u"y"));
+}
+
+TEST(StatementReader, ALineEndBehindACommaInsideOfParenthesesGoesOn) {
+    const SourceStatement statement = onlyStatement("f(1, % first\n\n2)");
+    const auto& tokens = std::get<std::vector<Token>>(statement.content);
+    ASSERT_EQ(tokens.size(), 7U);
+    EXPECT_EQ(tokens[4].kind, TokenKind::number);
+    EXPECT_EQ(tokens[4].position.line, 3U);
+    EXPECT_EQ(syntaxErrorOf("f(1,"), u"In line 1, column 2: this '(' is never closed.");
 }
 
 TEST(StatementReader, ALineEndInsideOfSquareBracketsIsARowEnd) {
@@ -132,7 +141,20 @@ TEST(CommandForm, SeparatorsEndItAndPercentSignsBeginACommentBehindABlank) {
     EXPECT_THAT(wordsOf("dir 100%.txt % all"), ElementsAre(u"100%.txt"));
 }
 
-TEST(CommandForm, GoesOnBehindDots) { EXPECT_THAT(wordsOf("copyfile a ...\n  b"), ElementsAre(u"a", u"b")); }
+TEST(CommandForm, GoesOnBehindDotsThatStandAlone) {
+    EXPECT_THAT(wordsOf("copyfile a ...\n  b"), ElementsAre(u"a", u"b"));
+    EXPECT_THAT(wordsOf("copyfile a ... and then; to, 'b\n  b"), ElementsAre(u"a", u"b"));
+    EXPECT_THAT(wordsOf("copyfile .../a b..."), ElementsAre(u".../a", u"b..."));
+}
+
+TEST(CommandForm, BracketsThatCloseKeepSeparators) {
+    EXPECT_THAT(wordsOf("dir {a,b}"), ElementsAre(u"{a,b}"));
+    EXPECT_THAT(wordsOf("dir a[(1;2),3].txt x"), ElementsAre(u"a[(1;2),3].txt", u"x"));
+    EXPECT_THAT(wordsOf("dir {'}',b}"), ElementsAre(u"{},b}"));
+    EXPECT_THAT(wordsOf("dir {a, b}"), ElementsAre(u"{a,", u"b}"));
+    EXPECT_THAT(textsOf("dir {a, b"), ElementsAre(u"dir {a", u"b"));
+    EXPECT_THAT(textsOf("dir {a,b}, dir a}, c"), ElementsAre(u"dir {a,b}", u"dir a}", u"c"));
+}
 
 TEST(CommandForm, AQuoteWithoutEndIsASyntaxError) {
     EXPECT_EQ(syntaxErrorOf("dir 'a b"), u"In line 1, column 5: the text that begins here has no closing '.");

@@ -1,0 +1,92 @@
+// The commands hand what they are given to the environment and make its refusals readable.
+#include "host/kwsh/path_commands.h"
+
+#include "host/kwsh/failure.h"
+#include "platform/foundation_filesystem.h"
+#include "platform/path_management.h"
+#include "runtime/dispatcher/function_cache.h"
+#include "runtime/dispatcher/search_path.h"
+
+namespace korvex::host {
+
+namespace environment = runtime::dispatcher;
+namespace vfs = foundation::storage::vfs;
+using foundation::core::except::Notification;
+using Velquist::PathManagement::GetStringFromIRI;
+
+namespace {
+
+void warnOf(const Notification& notification) {
+    for (const resource_core::BaseMsgID& message : notification.messages())
+        kxWarningMsgId(message);
+}
+
+bool isPath(const std::u16string& text) {
+    return vfs::hasIRIPrefix(text) || fl::filesystem::detail::extract_filename(text) != text;
+}
+
+/// Where a source file lies that may be named by its name alone.
+std::u16string sourceFile(const std::u16string& named) {
+    if (isPath(named)) return named;
+    const std::vector<vfs::AbsoluteIRI> found = environment::findSourceFile(named);
+    return found.empty() ? named : GetStringFromIRI(found.front());
+}
+
+std::u16string reasonAgainstLoading(vfs::ErrorCode code, bool isNameAlone) {
+    switch (code) {
+        case vfs::resourceNotFound:
+            return isNameAlone ? u"no source file of that name is in the current folder or on the search path"
+                               : u"there is no such file";
+        case vfs::invalidLocation: return u"it is no source file; these end in .k or .klx";
+        case vfs::permissionDenied: return u"it may not be looked at";
+        case vfs::unsupportedOperation: return u"functions are read from local files only";
+        default: return u"the storage does not answer";
+    }
+}
+
+}  // namespace
+
+Outputs showPath(Workspace&, int outputs, Arguments) {
+    std::vector<std::u16string> folders;
+    for (const vfs::CanonicalAbsoluteIRI& folder : environment::searchPath())
+        folders.push_back(GetStringFromIRI(folder));
+    return linesOrPrint(folders, outputs);
+}
+
+Outputs addToPath(Workspace&, int, Arguments arguments) {
+    const std::vector<std::u16string> folders = textArguments(arguments);
+    try {
+        warnOf(environment::addToSearchPath(folders));
+    } catch (const vfs::Exception& error) {
+        throw HostError("cannotAddToPath", u"The search path cannot have '" +
+                                               GetStringFromIRI(error.getLocation()) + u"': " +
+                                               std::u16string(reasonWithFolder(error.getErrorCode())) + u".");
+    }
+    return {};
+}
+
+Outputs removeFromPath(Workspace&, int, Arguments arguments) {
+    warnOf(environment::removeFromSearchPath(textArguments(arguments)));
+    return {};
+}
+
+Outputs showFunctions(Workspace&, int outputs, Arguments) {
+    std::vector<std::u16string> files;
+    for (const environment::CachedFunction& function : environment::cachedFunctions())
+        files.push_back(function.path);
+    return linesOrPrint(files, outputs);
+}
+
+Outputs loadFunction(Workspace&, int, Arguments arguments) {
+    if (arguments.empty()) matrix::detail::error_minrhs();
+    const std::u16string named = textArgument(arguments[0]);
+    try {
+        environment::cacheFunction(sourceFile(named));
+    } catch (const vfs::Exception& error) {
+        throw HostError("cannotLoad", u"'" + named + u"' cannot be loaded: " +
+                                          reasonAgainstLoading(error.getErrorCode(), !isPath(named)) + u".");
+    }
+    return {};
+}
+
+}  // namespace korvex::host

@@ -1,0 +1,31 @@
+// The functions that the interpreter has read from source files.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace korvex::runtime::dispatcher {
+
+/// Source files of functions end in ".k", live code in ".klx"; case ignored.
+bool isSourceFileName(const std::u16string& name);
+
+/// A function that was read.
+struct CachedFunction {
+    std::u16string name;  ///< the file's stem
+    std::u16string path;  ///< the source file's native path
+
+    bool operator==(const CachedFunction&) const = default;
+};
+
+/// Puts the function of an existing source file into the cache; one from the same file is replaced. `path` is
+/// a native path, relative ones are taken against the current folder. Raises `vfs::Exception`:
+/// `resourceNotFound`, `invalidLocation` when it is no source file.
+void cacheFunction(const std::u16string& path);
+
+/// In the order in which they were read.
+std::vector<CachedFunction> cachedFunctions();
+
+/// Drops what was read from this source file; the event goes out in any case.
+void clearFunctionsOf(const std::u16string& path);
+
+}  // namespace korvex::runtime::dispatcher
