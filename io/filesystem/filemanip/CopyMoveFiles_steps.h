@@ -1,0 +1,22 @@
+// Small steps that the file and the folder side of a transfer share.
+#pragma once
+
+#include "io/filesystem/filemanip/command_frame_trace.h"
+#include "platform/storage_vfs.h"
+
+namespace korvex::filemanip {
+
+/// Whether the location has a parent and something stands there. Raises what `exists` raises.
+bool doesParentExist(const foundation::storage::vfs::AbsoluteIRI& location);
+
+/// Makes a moved item read-only again. A failure is traced and dropped: the move has happened.
+template <class Handle>
+void protectAgain(const Handle& moved) {
+    try {
+        moved.setWritable(false);
+    } catch (const foundation::storage::vfs::Exception&) {
+        traceCurrentException();
+    }
+}
+
+}  // namespace korvex::filemanip
