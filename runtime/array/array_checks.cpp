@@ -33,39 +33,24 @@ void misuse(const char* function, const std::string& what) {
     throw matrix::UsageError(std::string(function) + ": " + what);
 }
 
-const kxArray& requireClass(const kxArray* array, kxClassID classID, const char* function) {
-    const kxArray& checked = requireArray(array, function);
-    if (checked.classID() != classID) {
-        misuse(function, std::string("needs an array of class ") + className(classID) + ", not " +
-                             className(checked.classID()));
-    }
-    return checked;
+void misuseOfClass(const kxArray& array, kxClassID needed, const char* function) {
+    misuse(function, std::string("needs an array of class ") + className(needed) + ", not " +
+                         className(array.classID()));
 }
 
-kxArray& requireSoleOwner(kxArray* array, const char* function) {
-    kxArray& checked = requireArray(array, function);
-    if (const std::size_t owners = checked.references(); owners != 1) {
-        misuse(function, "the array has " + std::to_string(owners) + " owners and must not be changed");
-    }
-    return checked;
+void misuseOfSharedArray(const kxArray& array, const char* function) {
+    misuse(function,
+           "the array has " + std::to_string(array.references()) + " owners and must not be changed");
 }
 
-kxArray& requireSoleOwner(kxArray* array, kxClassID classID, const char* function) {
-    requireClass(array, classID, function);
-    return requireSoleOwner(array, function);
-}
-
-void requireIndex(const kxArray& array, std::size_t index, const char* function) {
-    if (index < array.elements()) return;
+void misuseOfIndex(const kxArray& array, std::size_t index, const char* function) {
     misuse(function, "index " + std::to_string(index) + " is outside an array of " +
                          std::to_string(array.elements()) + " elements");
 }
 
-void requireField(const kxArray& structure, int field, const char* function) {
-    const std::size_t fields = structure.fieldNames().size();
-    if (field >= 0 && static_cast<std::size_t>(field) < fields) return;
+void misuseOfField(const kxArray& structure, int field, const char* function) {
     misuse(function, "field number " + std::to_string(field) + " is outside a structure of " +
-                         std::to_string(fields) + " fields");
+                         std::to_string(structure.fieldNames().size()) + " fields");
 }
 
 Shape requireShape(std::span<const std::size_t> dimensions, const char* function) {

@@ -23,6 +23,10 @@ matrix::ArrayOwner makeArray(kxClassID classID, std::span<const std::size_t> dim
     return kxArray::make(classID, shape, bytes);
 }
 
+matrix::ArrayOwner makeScalar(kxClassID classID, std::size_t bytes) {
+    return kxArray::make(classID, {.dimensions = oneByOne, .rows = 1, .columns = 1}, bytes);
+}
+
 matrix::ArrayOwner makeStrings(std::span<const std::size_t> dimensions, const char* function) {
     const Shape shape = requireShape(dimensions, function);
     const std::size_t count = shape.rows * shape.columns;
@@ -103,13 +107,13 @@ kxArray* kxCreateStructMatrix(std::size_t rows, std::size_t columns, int numberO
 }
 
 kxArray* kxCreateDoubleScalar(double value) {
-    matrix::ArrayOwner array = makeArray(kxDOUBLE_CLASS, oneByOne, "kxCreateDoubleScalar");
+    matrix::ArrayOwner array = makeScalar(kxDOUBLE_CLASS, sizeof value);
     *array->elementsAs<double>() = value;
     return array.release();
 }
 
 kxArray* kxCreateLogicalScalar(bool value) {
-    matrix::ArrayOwner array = makeArray(kxLOGICAL_CLASS, oneByOne, "kxCreateLogicalScalar");
+    matrix::ArrayOwner array = makeScalar(kxLOGICAL_CLASS, sizeof(kxLogical));
     *array->elementsAs<kxLogical>() = value;
     return array.release();
 }
@@ -128,8 +132,11 @@ kxArray* kxCreateStringScalar(const std::optional<std::u16string>& text) {
 namespace matrix {
 
 ArrayOwner create(std::u16string_view text) {
+    // A text that is in memory is none too large for a block.
     const std::array<std::size_t, 2> dimensions{text.empty() ? 0u : 1u, text.size()};
-    ArrayOwner array = makeArray(kxCHAR_CLASS, dimensions, "matrix::create");
+    ArrayOwner array =
+        kxArray::make(kxCHAR_CLASS, {.dimensions = dimensions, .rows = dimensions[0], .columns = text.size()},
+                      text.size() * sizeof(char16_t));
     std::ranges::copy(text, array->elementsAs<char16_t>());
     return array;
 }

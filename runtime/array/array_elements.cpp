@@ -32,7 +32,8 @@ matrix::ArrayOwner takeOver(const kxArray* container, kxArray* value, const char
 }
 
 void putIntoSlot(kxArray& container, std::size_t slot, matrix::ArrayOwner value) {
-    kxDestroyArray(std::exchange(container.elementsAs<kxArray*>()[slot], value.release()));
+    kxArray* const earlier = std::exchange(container.elementsAs<kxArray*>()[slot], value.release());
+    if (earlier != nullptr) kxDestroyArray(earlier);
 }
 
 std::size_t requireSlot(const kxArray& structure, std::size_t index, int field, const char* function) {

@@ -118,7 +118,12 @@ private:
     korvex::runtime::array::ArrayExtras& extras();
     void* inlineStart() noexcept { return inlineBytes_ == 0 ? nullptr : this + 1; }
     std::span<kxArray*> slots() noexcept;
-    bool dropOne() noexcept { return references_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    /// Whether this was the last one. Nobody can add to a last reference but its owner, so that it need not
+    /// be counted down.
+    bool dropOne() noexcept {
+        return references_.load(std::memory_order_acquire) == 1 ||
+               references_.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
     void dropSlots(std::size_t first) noexcept;
 
     // The order keeps the object at 48 bytes: a listing has millions of them.

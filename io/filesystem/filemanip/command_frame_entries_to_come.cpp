@@ -16,22 +16,6 @@ namespace {
 
 }  // namespace
 
-KX_MODULE_ENTRY void copyFile(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-    refuse(limits::copyFile, nlhs, nrhs, "copyfile");
-}
-
-KX_MODULE_ENTRY void moveFile(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-    refuse(limits::moveFile, nlhs, nrhs, "movefile");
-}
-
-KX_MODULE_ENTRY void makeDir(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-    refuse(limits::makeDir, nlhs, nrhs, "mkdir");
-}
-
-KX_MODULE_ENTRY void removeDir(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-    refuse(limits::removeDir, nlhs, nrhs, "rmdir");
-}
-
 KX_MODULE_ENTRY void fileAttrib(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fileAttrib, nlhs, nrhs, "fileattrib");
 }
@@ -42,10 +26,6 @@ KX_MODULE_ENTRY void bnFullDeleteFcn(int nlhs, kxArray*[], int nrhs, const kxArr
 
 KX_MODULE_ENTRY void bnFullRecycleFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
     refuse(limits::fullRecycle, nlhs, nrhs, "recycle");
-}
-
-KX_MODULE_ENTRY void bnFullDirFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-    refuse(limits::fullDir, nlhs, nrhs, "dir");
 }
 
 KX_MODULE_ENTRY void bnFullWhatFcn(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {

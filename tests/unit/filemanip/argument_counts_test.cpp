@@ -9,6 +9,7 @@ namespace {
 constexpr int unlimited = -1;
 constexpr int manyArguments = 100;
 
+constexpr const char* notOneText = "KORVEX:string";
 constexpr const char* notTexts = "KORVEX:string:MustBeCharCellArrayOrString";
 
 struct Limits {
@@ -71,24 +72,22 @@ TEST_P(ArgumentCountsTest, CountsAtTheLimitsReachTheCommand) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Entries, ArgumentCountsTest,
-    testing::Values(
-        Limits{"copyFile", copyFile, 3, 1, 5, "The command copyfile is not available in this version."},
-        Limits{"moveFile", moveFile, 3, 1, 5, "The command movefile is not available in this version."},
-        Limits{"makeDir", makeDir, 3, 1, 2, "The command mkdir is not available in this version."},
-        Limits{"removeDir", removeDir, 3, 1, 4, "The command rmdir is not available in this version."},
-        Limits{"fileAttrib", fileAttrib, 3, 0, 4, "The command fileattrib is not available in this version."},
-        Limits{"bnFullDeleteFcn", bnFullDeleteFcn, 0, 1, unlimited,
-               "The command delete is not available in this version."},
-        Limits{"bnFullRecycleFcn", bnFullRecycleFcn, 1, 0, 1,
-               "The command recycle is not available in this version."},
-        Limits{"bnFullDirFcn", bnFullDirFcn, 1, 0, 1, "The command dir is not available in this version."},
-        Limits{"bnFullWhatFcn", bnFullWhatFcn, 1, 0, unlimited,
-               "The command what is not available in this version."},
-        Limits{"bnIsFileFcn", bnIsFileFcn, 1, 1, 1, notTexts},
-        Limits{"bnIsFolderFcn", bnIsFolderFcn, 1, 1, 1, notTexts}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Entries, ArgumentCountsTest,
+                         testing::Values(Limits{"copyFile", copyFile, 3, 1, 5, notOneText},
+                                         Limits{"moveFile", moveFile, 3, 1, 5, notOneText},
+                                         Limits{"makeDir", makeDir, 3, 1, 2, notOneText},
+                                         Limits{"removeDir", removeDir, 3, 1, 4, notOneText},
+                                         Limits{"fileAttrib", fileAttrib, 3, 0, 4,
+                                                "The command fileattrib is not available in this version."},
+                                         Limits{"bnFullDeleteFcn", bnFullDeleteFcn, 0, 1, unlimited,
+                                                "The command delete is not available in this version."},
+                                         Limits{"bnFullRecycleFcn", bnFullRecycleFcn, 1, 0, 1,
+                                                "The command recycle is not available in this version."},
+                                         Limits{"bnFullWhatFcn", bnFullWhatFcn, 1, 0, unlimited,
+                                                "The command what is not available in this version."},
+                                         Limits{"bnIsFileFcn", bnIsFileFcn, 1, 1, 1, notTexts},
+                                         Limits{"bnIsFolderFcn", bnIsFolderFcn, 1, 1, 1, notTexts}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ArgumentCountsExampleTest, DeleteWithOneOutputReportsOutputsWhateverItsArguments) {
     EXPECT_EQ(call(bnFullDeleteFcn, 1, {}).errorIdentifier, "KORVEX:maxlhs");

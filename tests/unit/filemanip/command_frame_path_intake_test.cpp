@@ -103,6 +103,19 @@ TEST(PathIntake, BadSlashesAndDotsAreRefusedBeforeAnythingIsChanged) {
     }
 }
 
+TEST(PathIntake, ARefusedTextLeavesTheVocabularyAsTheOtherTextHasSetIt) {
+    const Intake intake(u"memory:/a", true);
+    EXPECT_EQ(intake.kind, TakenPath::refused);
+    EXPECT_TRUE(intake.isIRI);
+}
+
+TEST(PathIntake, DotsInTheQueryOfAWebLocationAreItsOwnAffair) {
+    const Intake intake(u"https://host/a?from=../b#./c");
+    EXPECT_EQ(intake.kind, TakenPath::location);
+    EXPECT_EQ(intake.text, u"https://host/a?from=../b#./c");
+    EXPECT_EQ(Intake(u"https://host/../a?from=b").kind, TakenPath::refused);
+}
+
 TEST(PathIntake, ALocationThatStillDoesNotParseRaises) {
     EXPECT_THROW(Intake(u"memory://a b/c"), vfs::InvalidIRIException);
 }

@@ -93,6 +93,19 @@ TEST(TraceStatement, AnExceptionInItGoesOnAndTheRecordIsDropped) {
     EXPECT_EQ(lines.str(), "");
 }
 
+TEST(TraceStatement, AnExceptionThatStaysInItDropsNothing) {
+    std::ostringstream lines;
+    const TraceOutput output(lines, severity::all);
+    trace(severity::workingValue, [](DiagnosticRecord& record) {
+        try {
+            throw std::runtime_error("failed");
+        } catch (const std::runtime_error& failure) {
+            record << failure.what();
+        }
+    });
+    EXPECT_EQ(lines.str(), "   8 failed\n");
+}
+
 TEST(TraceScopeTest, BracketsAFunctionOneLevelDeeper) {
     EXPECT_EQ(traceOf(severity::all),
               "  32 void outer()\n"
@@ -150,6 +163,18 @@ TEST(TraceScopeTest, AChangeOfTheMaskInsideIsIgnoredByTheScope) {
     EXPECT_EQ(lines.str(), "  32 void f()\n  64 void f()\n");
 }
 
+TEST(TraceScopeTest, TheIndentFollowsTheMaskAlsoWhileTheTraceGoesNowhere) {
+    traceLogger().setMask(severity::functionEntry);
+    int depthInside = 0;
+    {
+        const TraceScope scope(traceLogger(), "void f()", sourceFile, 1);
+        depthInside = indent_attribute::depth();
+    }
+    traceLogger().setMask(0);
+    EXPECT_EQ(depthInside, 1);
+    EXPECT_EQ(indent_attribute::depth(), 0);
+}
+
 TEST(TraceScopeTest, WithMaskZeroThereIsNoRecordNoIndentAndNoLock) {
     const std::string none = traceOf(0, true);
     EXPECT_EQ(none, "");
@@ -186,6 +211,18 @@ TEST(TraceCurrentException, TellsWhatIsKnownOfIt) {
     }
     EXPECT_THAT(lines.str(), StartsWith("  16 Exception caught: "));
     EXPECT_THAT(lines.str(), HasSubstr("on fire"));
+}
+
+TEST(TraceCurrentException, ToldOfNothingButItsTypeNamesThat) {
+    std::ostringstream lines;
+    const TraceOutput output(lines, severity::all);
+    try {
+        throw 1;
+    } catch (int) {
+        traceCurrentException();
+    }
+    EXPECT_THAT(lines.str(), StartsWith("  16 Exception caught: "));
+    EXPECT_THAT(lines.str(), HasSubstr("int"));
 }
 
 TEST(TraceCurrentException, WithoutOneSaysSo) {

@@ -10,6 +10,7 @@
 #include "platform/path_management.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/paths/path_style.h"
+#include "runtime/paths/path_text.h"
 #include "runtime/storage/location.h"
 #include "runtime/storage/storage_system.h"
 
@@ -57,6 +58,8 @@ std::u16string absolute(std::u16string path, const std::u16string& base) {
     return fakePlatform().absolute(path, base);
 }
 
+std::filesystem::path system_path(const std::u16string& path) { return path; }
+
 namespace upath_constant {
 const char16_t PATHNAME_SEPARATOR = u'\\';
 }  // namespace upath_constant
@@ -71,6 +74,18 @@ bool is_absolute(const std::u16string& path) {
 std::u16string make_native_form(const std::u16string& path, bool keepTrailing) {
     logCall(u"make_native_form", path + (keepTrailing ? u", true" : u", false"));
     return korvex::runtime::paths::nativeForm(path, keepTrailing, windows);
+}
+
+std::u16string extract_filename(const std::u16string& path) {
+    return std::u16string(korvex::runtime::paths::fileNameOf(path, windows));
+}
+
+std::u16string extract_stem(const std::u16string& path) {
+    return std::u16string(korvex::runtime::paths::stemOf(path, windows));
+}
+
+std::u16string extract_extension(const std::u16string& path) {
+    return std::u16string(korvex::runtime::paths::extensionOf(path, windows));
 }
 
 }  // namespace detail
