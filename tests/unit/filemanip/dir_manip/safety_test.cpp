@@ -196,7 +196,7 @@ TEST_F(DirManipSafetyTest, FolderThatIsSwappedForALinkMeanwhileLeadsNowhere) {
                         RENAME_EXCHANGE);
         }
     });
-    constexpr int rounds = 100;
+    constexpr int rounds = 40;
     for (int round = 0; round < rounds && !HasFailure(); ++round) {
         {
             const std::lock_guard lock(swapping);
