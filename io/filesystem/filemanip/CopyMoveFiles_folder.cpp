@@ -15,14 +15,6 @@ namespace provider = foundation::storage::provider;
 
 namespace {
 
-vfs::StorageSystemReference storageSystem() {
-    return Velquist::KorvexStorageSystem::GetStorageSystemReference();
-}
-
-std::u16string displayText(const vfs::AbsoluteIRI& location) {
-    return locationText(location, isRemoteLocation(location));
-}
-
 /// The place of an item inside a folder, under its own name; of the same alternative as the item.
 vfs::Item targetInFolder(const vfs::Item& item, const vfs::Folder& destination) {
     return boost::apply_visitor(

@@ -1,10 +1,22 @@
 // Small steps that the file and the folder side of a transfer share.
 #pragma once
 
+#include <string>
+
+#include "io/filesystem/filemanip/command_frame_path_intake.h"
 #include "io/filesystem/filemanip/command_frame_trace.h"
 #include "platform/storage_vfs.h"
 
 namespace korvex::filemanip {
+
+inline foundation::storage::vfs::StorageSystemReference storageSystem() {
+    return Velquist::KorvexStorageSystem::GetStorageSystemReference();
+}
+
+/// The text of a location in messages, by its own scheme.
+inline std::u16string displayText(const foundation::storage::vfs::AbsoluteIRI& location) {
+    return locationText(location, isRemoteLocation(location));
+}
 
 /// Whether the location has a parent and something stands there. Raises what `exists` raises.
 bool doesParentExist(const foundation::storage::vfs::AbsoluteIRI& location);

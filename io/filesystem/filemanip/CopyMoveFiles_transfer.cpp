@@ -18,14 +18,6 @@ using Velquist::PathManagement::GetStringFromIRI;
 
 namespace {
 
-vfs::StorageSystemReference storageSystem() {
-    return Velquist::KorvexStorageSystem::GetStorageSystemReference();
-}
-
-std::u16string displayText(const vfs::AbsoluteIRI& location) {
-    return locationText(location, isRemoteLocation(location));
-}
-
 template <class Message>
 void warnOf(const boost::optional<FilePackageNotice>& notice) {
     if (notice) kxWarningMsgId(Message(notice->itemText, notice->packageName));
