@@ -191,7 +191,7 @@ TEST_F(MovedTreeTest, MergeWhoseDestinationGoesSaysSo) {
     fs::remove_all(source_ / "inner");
     fs::remove(source_ / "link");
     WatchedCalls watched;
-    watched.before(SystemCall::rename, [&] { fs::remove(target); });
+    watched.before(SystemCall::renameOntoNothing, [&] { fs::remove(target); });
     fs::path where;
     EXPECT_EQ(
         codeRaisedBy([&] { folderAt(source_).moveFolder(folderAt(target), provider::MergeFolder); }, &where),
@@ -207,7 +207,7 @@ TEST_F(MovedTreeTest, FileThatGoesByItselfDoesNotStopAMerge) {
     fs::remove(source_ / "link");
     {
         WatchedCalls watched;
-        watched.before(SystemCall::rename, [&] { fs::remove(source_ / "file"); });
+        watched.before(SystemCall::renameOntoNothing, [&] { fs::remove(source_ / "file"); });
         folderAt(source_).moveFolder(folderAt(target), provider::MergeFolder);
     }
     EXPECT_FALSE(fs::exists(source_));

@@ -1,6 +1,7 @@
 // A new file: its name stands for all of it or for nothing, whatever happens while it is copied.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -126,6 +127,52 @@ TEST_F(NewFileTest, FileWhoseSizeTheSystemOverstatesGetsNoZeros) {
     fileAt(overstated).copyFile(fileAt(target_), provider::ReplaceWritable);
     EXPECT_FALSE(contentOf(target_).empty());
     EXPECT_EQ(contentOf(target_).find('\0'), std::string::npos);
+}
+
+TEST_F(NewFileTest, WhereFilesNeedANameItIsATemporaryOne) {
+    bool isSeen = true;
+    WatchedCalls watched;
+    watched.fail(SystemCall::giveName, ENOENT);
+    watched.before(SystemCall::renameOntoNothing, [&] { isSeen = fs::exists(target_); });
+    copy();
+    EXPECT_FALSE(isSeen);
+    EXPECT_EQ(contentOf(target_), contentOf(source_));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2);
+}
+
+TEST_F(NewFileTest, FolderWithoutRoomForTheNameIsToldAfterOneCopy) {
+    WatchedCalls watched;
+    watched.fail(SystemCall::giveName, ENOSPC);
+    fs::path where;
+    EXPECT_EQ(codeRaisedBy([&] { copy(); }, &where), vfs::noSpaceLeft);
+    EXPECT_EQ(where, target_);
+    EXPECT_EQ(watched.count(SystemCall::changeTimes), 1U);
+    expectNothingElse();
+}
+
+TEST_F(NewFileTest, WhatComesMeanwhileIsReplacedAsThePolicyAllows) {
+    for (const bool isProtected : {false, true}) {
+        {
+            WatchedCalls watched;
+            watched.before(SystemCall::giveName, [&] {
+                writeContent(target_, "theirs");
+                if (isProtected) ::chmod(target_.c_str(), 0444);
+            });
+            EXPECT_EQ(codeRaisedBy([&] { copy(); }), isProtected ? int{vfs::permissionDenied} : -1);
+        }
+        EXPECT_EQ(contentOf(target_) == "theirs", isProtected);
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2);
+        fs::remove(target_);
+    }
+}
+
+TEST_F(NewFileTest, FileThatIsProtectedMeanwhileIsNotReplaced) {
+    writeContent(target_, "theirs");
+    WatchedCalls watched;
+    watched.before(SystemCall::changeTimes, [&] { ::chmod(target_.c_str(), 0444); });
+    EXPECT_EQ(codeRaisedBy([&] { copy(); }), vfs::permissionDenied);
+    EXPECT_EQ(contentOf(target_), "theirs");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2);
 }
 
 }  // namespace

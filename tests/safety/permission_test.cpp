@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <utility>
 #include <vector>
 
 #include "tests/safety/own_mounts.h"
+#include "tests/safety/system_calls.h"
 #include "tests/support/posix/ordinary_user.h"
 
 namespace korvex::tests {
@@ -187,6 +189,19 @@ TEST_F(PermissionTest, OrdinaryUserCopiesAReadOnlyFileWithItsAttributes) {
     const ssize_t length = ::getxattr(copy_.c_str(), "user.colour", value, sizeof value);
     EXPECT_EQ(std::string(value, length < 0 ? 0 : static_cast<std::size_t>(length)),
               hasAttributes ? "red" : "");
+}
+
+TEST_F(PermissionTest, AccessListThatDoesNotArriveOpensNothing) {
+    setAccessListForOneUser(source_, accessList);
+    setAccessListForOneUser(folder_, accessList);
+    ASSERT_EQ(bitsOf(source_), 0770U);
+    {
+        WatchedCalls watched;
+        watched.fail(SystemCall::setAttribute, EOPNOTSUPP);
+        folderAt(folder_).copyFolder(folderAt(copy_), provider::ReplaceWritable);
+    }
+    EXPECT_EQ(bitsOf(copy_), 0700U);
+    EXPECT_EQ(bitsOf(copy_ / "source"), 0700U);
 }
 
 }  // namespace

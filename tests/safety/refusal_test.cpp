@@ -1,6 +1,8 @@
 // Disks that refuse: full, read-only, locked, names too long. The right code, nothing lost, nothing in part.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
@@ -230,6 +232,38 @@ TEST_F(RefusalTest, LongestNameCanBeReplaced) {
     writeContent(target, "old");
     fileAt(work_ / "little").copyFile(fileAt(target), provider::ReplaceWritable);
     EXPECT_EQ(contentOf(target), "little");
+}
+
+TEST_F(RefusalTest, FileBeyondTheSizeLimitIsAnError) {
+    const pid_t process = ::fork();
+    if (process == 0) {
+        const struct ::rlimit limit { 1 << 20, 1 << 20 };
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        const int code = codeRaisedBy(
+            [&] { fileAt(work_ / "large").copyFile(fileAt(work_ / "copy"), provider::ReplaceWritable); });
+        ::_exit(code);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(process, &status, 0), process);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), vfs::fileTooLarge);
+    EXPECT_EQ(entriesIn(work_), 2);
+}
+
+TEST_F(RefusalTest, RenamingThatFailsForItsDestinationIsToldThere) {
+    fs::permissions(workDisk().parent_path(), fs::perms(0711));
+    fs::permissions(work_, fs::perms(0555));
+    const fs::path target = workDisk() / "missing" / "target";
+    fs::path where;
+    {
+        const OrdinaryUser user;
+        EXPECT_EQ(
+            codeRaisedBy([&] { fileAt(work_ / "little").moveFile(fileAt(target), provider::ReplaceAny); },
+                         &where),
+            vfs::resourceNotFound);
+    }
+    EXPECT_EQ(where, target);
+    fs::permissions(work_, fs::perms(0755));
 }
 
 }  // namespace

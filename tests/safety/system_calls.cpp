@@ -159,6 +159,11 @@ int renameat2(int folder, const char* name, int newFolder, const char* newName, 
                                                              folder, name, newFolder, newName, flags));
 }
 
+int linkat(int folder, const char* name, int newFolder, const char* newName, int flags) noexcept {
+    return static_cast<int>(korvex::tests::callUnlessFailing(SystemCall::giveName, SYS_linkat, folder, name,
+                                                             newFolder, newName, flags));
+}
+
 ssize_t copy_file_range(int file, off64_t* offset, int newFile, off64_t* newOffset, size_t count,
                         unsigned flags) {
     return korvex::tests::callUnlessFailing(SystemCall::copyRange, SYS_copy_file_range, file, offset, newFile,

@@ -16,6 +16,7 @@ enum class SystemCall {
     remove,
     makeFolder,
     renameOntoNothing,
+    giveName,
     copyRange,
     setAttribute,
     changeBits,

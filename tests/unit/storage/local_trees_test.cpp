@@ -9,6 +9,7 @@
 #include <fstream>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/path_management.h"
 #include "platform/storage_vfs.h"
@@ -89,6 +90,53 @@ TEST_F(LocalTreesTest, DepthHasNoLimitAndHandlesStayFew) {
 
     folder("deep").removeFolder(vfs::RemoveWithContents);
     EXPECT_FALSE(folder("deep").folderExists());
+}
+
+TEST_F(LocalTreesTest, KeptListingsOfADeepTreeStayUsableAndHandlesFew) {
+    constexpr int levels = 1000;
+    makeComb("deep", levels);
+    const FewOpenFiles few(200);
+    std::vector<vfs::FolderListing<vfs::ListEntry>> listings;
+    listings.push_back(folder("deep").listAll(u""));
+    while (!listings.back().empty()) {
+        const vfs::ListEntry down = *std::next(listings.back().begin());
+        listings.push_back(boost::get<vfs::Folder>(down.getFileOrFolder()).listAll(u""));
+    }
+    ASSERT_EQ(listings.size(), std::size_t{levels} + 1);
+    for (auto listing = listings.rbegin(); listing != listings.rend(); ++listing) {
+        for (const vfs::ListEntry& entry : *listing) {
+            const vfs::Item& item = entry.getFileOrFolder();
+            if (const auto* const file = boost::get<vfs::File>(&item)) file->removeFile();
+            if (const auto* const below = boost::get<vfs::Folder>(&item))
+                below->removeFolder(vfs::RemoveEmptyFolder);
+        }
+    }
+    EXPECT_EQ(entriesBelow("deep"), 0U);
+}
+
+TEST_F(LocalTreesTest, KeptListingOfAFolderThatWasSwappedFindsNothing) {
+    constexpr int levels = 300;
+    makeComb("deep", levels);
+    scratch_.writeFile("guarded/file", "guarded");
+    std::vector<vfs::FolderListing<vfs::ListEntry>> listings;
+    listings.push_back(folder("deep").listAll(u""));
+    while (!listings.back().empty()) {
+        const vfs::ListEntry down = *std::next(listings.back().begin());
+        listings.push_back(boost::get<vfs::Folder>(down.getFileOrFolder()).listAll(u""));
+    }
+    // Another folder, and then a link, in the place of one whose handle has long been given up.
+    const std::filesystem::path swapped = scratch_.path() / "deep" / "down" / "down";
+    for (const bool isLink : {false, true}) {
+        std::filesystem::remove_all(swapped);
+        if (isLink) {
+            std::filesystem::create_directory_symlink(scratch_.path() / "guarded", swapped);
+        } else {
+            scratch_.writeFile("deep/down/down/file", "another");
+        }
+        const vfs::ListEntry file = *std::next(listings[2].begin(), 2);
+        EXPECT_THROW(boost::get<vfs::File>(file.getFileOrFolder()).removeFile(), vfs::Exception);
+        EXPECT_TRUE(std::filesystem::exists(swapped / "file"));
+    }
 }
 
 TEST_F(LocalTreesTest, FolderOfVeryManyEntriesIsCopiedAndRemoved) {

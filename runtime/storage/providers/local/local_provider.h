@@ -11,6 +11,7 @@ namespace korvex::runtime::storage {
 
 class LocalProvider : public Provider {
 public:
+    LocalProvider();
     ExistenceType existence(const AbsoluteIRI& location) override;
     ExistenceTypeExtended extendedExistence(const AbsoluteIRI& location) override;
     CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) override;

@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <limits.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,14 +11,14 @@
 #include <functional>
 #include <string_view>
 
+#include "runtime/storage/providers/local/posix/clock_step.h"
+
 namespace korvex::runtime::storage::posix {
 
 namespace {
 
 /// How often an entry may change at the very moment at which it is looked at.
 constexpr int mostLooks = 3;
-constexpr long stepOfWaiting = 1'000'000;
-constexpr long nanosecondsInSecond = 1'000'000'000;
 
 std::size_t hashOf(std::string_view text) noexcept { return std::hash<std::string_view>{}(text); }
 
@@ -29,11 +28,8 @@ void CopiedEntries::add(const TreeFolder& folder, int handle, const std::string&
     Entry entry{keyOf(folder, name), {}};
     for (int looks = 0; looks < mostLooks; ++looks) {
         if (look(handle, name, entry.stamp) != 0) return;
-        if (!isFresh(entry.stamp.attributesChanged)) return put(entry);
-        while (isFresh(entry.stamp.attributesChanged)) {
-            const struct ::timespec wait { 0, stepOfWaiting };
-            ::nanosleep(&wait, nullptr);
-        }
+        const Instant changed = entry.stamp.attributesChanged;
+        if (!awaitClockStep({changed.seconds, changed.nanoseconds})) return put(entry);
     }
 }
 
@@ -94,21 +90,6 @@ bool CopiedEntries::isSame(const Stamp& copied, const Stamp& now) noexcept {
     return copied.device == now.device && copied.inode == now.inode && copied.kind == now.kind &&
            copied.size == now.size && copied.changed == now.changed && areAttributesSame &&
            copied.linkTarget == now.linkTarget;
-}
-
-/// Whether the file system, which takes its times from the kernel's clock, could give a change that is still
-/// to come the same time: the clock goes in steps.
-bool CopiedEntries::isFresh(const Instant& changed) noexcept {
-    struct ::timespec step {};
-    struct ::timespec now {};
-    if (::clock_getres(CLOCK_REALTIME_COARSE, &step) != 0 ||
-        ::clock_gettime(CLOCK_REALTIME_COARSE, &now) != 0)
-        return false;
-    const time_t seconds = changed.seconds - now.tv_sec;
-    // Times that are far ahead come from another clock.
-    if (seconds < 0 || seconds > 1) return false;
-    const long ahead = seconds * nanosecondsInSecond + changed.nanoseconds - now.tv_nsec;
-    return ahead >= 0 && ahead < step.tv_nsec;
 }
 
 const CopiedEntries::Entry* CopiedEntries::find(const Key& key) const noexcept {

@@ -8,6 +8,7 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -30,6 +31,10 @@ public:
     void addFolder(const TreeFolder& folder);
     /// There are no more.
     void close();
+
+    /// Something was copied to another file system than that of the top destination.
+    void noteFurtherDisk() noexcept { reachesFurtherDisks_.store(true); }
+    bool reachesFurtherDisks() const noexcept { return reachesFurtherDisks_.load(); }
 
     /// `systemError` is 0 or the errno of looking, which makes the entry a different one.
     CopiedState stateOf(const TreeFolder& folder, int handle, const std::string& name,
@@ -68,12 +73,12 @@ private:
     /// 0 or the errno.
     static int look(int handle, const std::string& name, Stamp& stamp);
     static bool isSame(const Stamp& copied, const Stamp& now) noexcept;
-    static bool isFresh(const Instant& changed) noexcept;
     const Entry* find(const Key& key) const noexcept;
     void put(const Entry& entry);
 
     std::mutex mutex_;
     std::vector<Entry> entries_;
+    std::atomic<bool> reachesFurtherDisks_{false};
 };
 
 }  // namespace korvex::runtime::storage::posix

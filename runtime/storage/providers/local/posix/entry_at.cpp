@@ -106,6 +106,24 @@ int isOneEntry(EntryAt a, EntryAt b, bool& isOne) {
     return systemError;
 }
 
+bool isAtOrBelow(EntryAt inner, EntryAt outer) {
+    constexpr int flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    struct ::stat wanted {};
+    struct ::stat status {};
+    if (::fstatat(outer.folder, outer.name, &wanted, 0) != 0) return false;
+    FileDescriptor folder(::openat(inner.folder, inner.name, flags));
+    if (!folder) folder = FileDescriptor(::openat(inner.folder, beside(inner, ".").c_str(), flags));
+    while (folder && ::fstat(folder.get(), &status) == 0) {
+        if (isSameFile(status, wanted)) return true;
+        const struct ::stat below = status;
+        FileDescriptor above(::openat(folder.get(), "..", flags));
+        const bool isTop = !above || ::fstat(above.get(), &status) != 0 || isSameFile(status, below);
+        if (isTop) return false;
+        folder = std::move(above);
+    }
+    return false;
+}
+
 EndOfLink::EndOfLink(EntryAt link) : folder_(link.folder), name_(link.name) { systemError_ = follow(); }
 
 int EndOfLink::follow() {

@@ -37,6 +37,10 @@ int renameOntoNothing(EntryAt source, EntryAt destination) noexcept;
 /// whatever links. 0 or the errno.
 int isOneEntry(EntryAt a, EntryAt b, bool& isOne);
 
+/// Whether an entry, or the folder that holds it, is the folder `outer` or lies anywhere below it, whatever
+/// paths lead there. False, too, for what cannot be looked at.
+bool isAtOrBelow(EntryAt inner, EntryAt outer);
+
 /// Where a link leads in the end: an entry that is no link, and need not exist.
 class EndOfLink {
 public:

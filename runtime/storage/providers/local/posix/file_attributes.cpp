@@ -76,7 +76,7 @@ void forEachName(const std::vector<char>& names, const Use& use) {
     }
 }
 
-bool contains(const std::vector<char>& names, std::string_view wanted) {
+bool contains(const std::vector<char>& names, std::string_view wanted) noexcept {
     bool isFound = false;
     forEachName(names, [&](const char* name) { return !(isFound = name == wanted); });
     return isFound;
@@ -112,6 +112,12 @@ Failure copyExtendedAttributes(int source, int destination, const std::vector<ch
     if (failure) return failure;
     // An access list has changed the permission bits.
     return {::fstat(destination, &made) == 0 ? 0 : errno, destinationSide};
+}
+
+mode_t bitsWithoutLostList(mode_t source, int destination, const std::vector<char>& names) noexcept {
+    const bool isLost =
+        contains(names, accessListName) && ::fgetxattr(destination, accessListName, nullptr, 0) < 0;
+    return isLost ? source & (~mode_t{S_IRWXG} | ((source & S_IRWXO) << 3)) : source;
 }
 
 int removeInheritedAccessLists(int made, mode_t mode, const std::vector<char>& names) noexcept {

@@ -24,6 +24,11 @@ inline constexpr const char* accessListName = "system.posix_acl_access";
 Failure copyExtendedAttributes(int source, int destination, const std::vector<char>& names,
                                struct ::stat& made);
 
+/// The permission bits that a copy gets, of those of its source. Where the source has an access list that has
+/// not arrived, its group's bits say what the list allows anybody at most: only those stay that everybody
+/// has.
+mode_t bitsWithoutLostList(mode_t source, int destination, const std::vector<char>& names) noexcept;
+
 /// Takes the access lists away that a new file or folder has from the folder in which it was made, but for
 /// those among `names`, which it has from its source. `mode` tells whether it is a folder. 0 or the errno.
 int removeInheritedAccessLists(int made, mode_t mode, const std::vector<char>& names) noexcept;

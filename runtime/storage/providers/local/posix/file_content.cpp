@@ -135,11 +135,12 @@ private:
     Failure aroundHoles() {
         const off_t limit = tellsSizes_ ? size_ : toTheEnd;
         for (off_t offset = 0; offset < limit;) {
-            const off_t sizeBefore = presentSize();
+            off_t sizeBefore = 0;
+            if (const int systemError = presentSize(sizeBefore)) return {systemError, sourceSide};
             off_t data = ::lseek(source_, offset, SEEK_DATA);
             if (data < 0 && errno != ENXIO) return byReading(offset, toTheEnd);
             const bool isLastHole = data < 0 || data >= limit;
-            if (isLastHole) return extend(offset, std::min({limit, sizeBefore, presentSize()}));
+            if (isLastHole) return extend(offset, std::min(limit, sizeBefore));
             const off_t hole = ::lseek(source_, data, SEEK_HOLE);
             if (hole < 0) return byReading(data, toTheEnd);
             tell(data - offset);
@@ -155,13 +156,19 @@ private:
     /// A hole at the end. It is one only as far as the file was just as long before and after it was seen: a
     /// file that shrinks or grows meanwhile must not get zeros.
     Failure extend(off_t offset, off_t end) noexcept {
+        off_t sizeNow = 0;
+        if (const int systemError = presentSize(sizeNow)) return {systemError, sourceSide};
+        end = std::min(end, sizeNow);
         if (end <= offset) return {};
         return {::ftruncate(destination_, end) == 0 ? 0 : errno, destinationSide};
     }
 
-    off_t presentSize() const noexcept {
+    /// 0 or the errno.
+    int presentSize(off_t& size) const noexcept {
         struct ::stat now {};
-        return ::fstat(source_, &now) == 0 ? now.st_size : 0;
+        if (::fstat(source_, &now) != 0) return errno;
+        size = now.st_size;
+        return 0;
     }
 
     void tell(off_t bytes) {

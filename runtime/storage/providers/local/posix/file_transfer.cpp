@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "runtime/storage/providers/local/posix/clock_step.h"
+#include "runtime/storage/providers/local/posix/created_file.h"
 #include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
@@ -22,35 +24,10 @@ using foundation::storage::provider::ReplaceAny;
 
 /// Never waits for the other end of a pipe, and never makes a terminal the process's own.
 constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-constexpr int createFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
 /// A file of at most this size, one page, is written with one call, which not even a kill interrupts.
 constexpr off_t writtenAtOnce = 4096;
-
-/// Removes an entry that this program made, at the end of a scope, unless it is kept.
-class RemovedUnlessKept {
-public:
-    /// The entry as it stands there.
-    explicit RemovedUnlessKept(EntryAt entry) : entry_(entry) {
-        isKept_ = ::fstatat(entry_.folder, entry_.name, &made_, AT_SYMLINK_NOFOLLOW) != 0;
-    }
-    /// An entry that is open as `file`.
-    RemovedUnlessKept(EntryAt entry, int file) : entry_(entry) { isKept_ = ::fstat(file, &made_) != 0; }
-    ~RemovedUnlessKept() {
-        struct ::stat now {};
-        if (isKept_ || ::fstatat(entry_.folder, entry_.name, &now, AT_SYMLINK_NOFOLLOW) != 0) return;
-        // Somebody may have put something of theirs in its place.
-        if (isSameFile(now, made_)) ::unlinkat(entry_.folder, entry_.name, 0);
-    }
-    RemovedUnlessKept(const RemovedUnlessKept&) = delete;
-    RemovedUnlessKept& operator=(const RemovedUnlessKept&) = delete;
-    void keep() noexcept { isKept_ = true; }
-    const struct ::stat& made() const noexcept { return made_; }
-
-private:
-    EntryAt entry_;
-    struct ::stat made_ {};
-    bool isKept_ = false;
-};
+/// How often a file may change at the very moment at which it is looked at.
+constexpr int mostLooks = 3;
 
 /// Of two names of one file the first one goes: the system's own renaming leaves both. 0 or the errno.
 int removeOtherName(EntryAt source, EntryAt destination) {
@@ -104,25 +81,6 @@ struct FileTransfer::Standing {
     struct ::stat file {};   ///< links followed; as `entry` when there is no link, or it leads nowhere
 
     bool isLinkToFile() const noexcept { return S_ISLNK(entry.st_mode) && S_ISREG(file.st_mode); }
-};
-
-/// A file that did not exist before, removed again at the end of a scope unless it is kept.
-class FileTransfer::CreatedFile {
-public:
-    CreatedFile(EntryAt entry, mode_t mode)
-        : file_(::openat(entry.folder, entry.name, createFlags, mode)), systemError_(file_ ? 0 : errno) {
-        if (file_) removed_.emplace(entry, file_.get());
-    }
-    /// 0 or the errno of the creation.
-    int systemError() const noexcept { return systemError_; }
-    FileDescriptor& file() noexcept { return file_; }
-    const struct ::stat& made() const noexcept { return removed_->made(); }
-    void keep() noexcept { removed_->keep(); }
-
-private:
-    FileDescriptor file_;
-    int systemError_;
-    std::optional<RemovedUnlessKept> removed_;
 };
 
 int FileTransfer::mayReplace(EntryAt destination, EntryKind by) const {
@@ -196,12 +154,14 @@ Failure FileTransfer::copyInPlace(const SourceFile& source, EntryAt destination,
     const struct ::stat* const owner = ownerOf(source, {});
     CreatedFile output(destination, modeAtCreation(source, owner));
     if (output.systemError() != 0) return {output.systemError(), destinationSide};
-    if (const Failure failure = fill(source, output, owner, Durability::whenever, watcher)) return failure;
+    if (const Failure failure = fill(source, output.file().get(), output.made(), owner, watcher))
+        return failure;
+    if (const int systemError = output.file().close()) return {systemError, destinationSide};
     output.keep();
     return {};
 }
 
-/// Whole under a name of its own first, then under its final one.
+/// Whole without a name or under a name of its own first, then under its final one.
 Failure FileTransfer::copyBeside(const SourceFile& source, EntryAt destination, Links links,
                                  Durability durability, CopyWatcher* watcher) const {
     Standing standing;
@@ -213,26 +173,64 @@ Failure FileTransfer::copyBeside(const SourceFile& source, EntryAt destination, 
         return copyBeside(source, end.entry(), Links::tellApart, durability, watcher);
     }
     if (standing.isThere && isSameFile(source.status, standing.entry)) return {};
-
+    if (!standing.isThere && makesUnnamed_.load(std::memory_order_relaxed)) {
+        if (const std::optional<Failure> outcome = copyUnnamed(source, destination, durability, watcher))
+            return *outcome;
+        makesUnnamed_.store(false, std::memory_order_relaxed);
+    }
     const std::string temporary = beside(destination, temporaryName());
     const EntryAt written{destination.folder, temporary.c_str()};
     const struct ::stat* const owner = ownerOf(source, standing);
     CreatedFile output(written, modeAtCreation(source, owner));
     if (output.systemError() != 0) return {output.systemError(), destinationSide};
-    if (const Failure failure = fill(source, output, owner, durability, watcher)) return failure;
-    if (const int systemError = rename(written, destination, standing.isThere))
-        return {systemError, destinationSide};
-    output.keep();
-    return {};
+    if (const Failure failure = fill(source, output.file().get(), output.made(), owner, watcher))
+        return failure;
+    int systemError = durability == Durability::atOnce ? syncFile(output.file().get()) : 0;
+    if (systemError == 0) systemError = output.file().close();
+    if (systemError == 0) systemError = rename(written, EntryKind::file, destination, standing.isThere);
+    if (systemError == 0) output.keep();
+    return {systemError, destinationSide};
+}
+
+/// A new file that gets its name when it is whole; cheaper than to rename one. None when that cannot be had.
+std::optional<Failure> FileTransfer::copyUnnamed(const SourceFile& source, EntryAt destination,
+                                                 Durability durability, CopyWatcher* watcher) const {
+    const struct ::stat* const owner = ownerOf(source, {});
+    UnnamedFile output(destination, modeAtCreation(source, owner));
+    if (output.systemError() != 0) return std::nullopt;
+    const int file = output.file().get();
+    if (const Failure failure = fill(source, file, output.made(), owner, watcher)) return failure;
+    int systemError = durability == Durability::atOnce ? syncFile(file) : 0;
+    if (systemError != 0) return Failure{systemError, destinationSide};
+    systemError = output.flush();
+    if (systemError == 0) systemError = nameUnnamed(output, destination);
+    // This process does not get at its own open files by name.
+    if (systemError == ENOENT) return std::nullopt;
+    return Failure{systemError, destinationSide};
 }
 
 /// 0 or the errno. What has come meanwhile is replaced no more than what stood there at the beginning.
-int FileTransfer::rename(EntryAt written, EntryAt destination, bool isReplacing) const {
+int FileTransfer::nameUnnamed(const UnnamedFile& file, EntryAt destination) const {
+    const int systemError = file.giveName(destination);
+    if (systemError != EEXIST) return systemError;
+    const std::string temporary = beside(destination, temporaryName());
+    const EntryAt written{destination.folder, temporary.c_str()};
+    if (const int obstacle = mayReplace(destination)) return obstacle;
+    if (const int unnamed = file.giveName(written)) return unnamed;
+    RemovedUnlessKept removed(written);
+    const int unrenamed = rename(written, EntryKind::file, destination, true);
+    if (unrenamed == 0) removed.keep();
+    return unrenamed;
+}
+
+/// 0 or the errno. What has come meanwhile is replaced no more than what stood there at the beginning.
+int FileTransfer::rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const {
     if (!isReplacing) {
         const int systemError = renameOntoNothing(written, destination);
         if (systemError != EEXIST) return systemError;
-        if (const int obstacle = mayReplace(destination)) return obstacle;
     }
+    // To write the copy took its time: what stands there now may be another file, or protected.
+    if (const int obstacle = mayReplace(destination, kind)) return obstacle;
     if (::renameat(written.folder, written.name, destination.folder, destination.name) == 0) return 0;
     return errno == EISDIR || errno == ENOTEMPTY ? EEXIST : errno;
 }
@@ -254,20 +252,18 @@ mode_t FileTransfer::modeAtCreation(const SourceFile& source, const struct ::sta
     return (source.status.st_mode & 0707) | groupBitsOfEverybody(source.status.st_mode) | 0600;
 }
 
-/// Content and attributes, to the point where the storage has confirmed them.
-Failure FileTransfer::fill(const SourceFile& source, CreatedFile& destination, const struct ::stat* owner,
-                           Durability durability, CopyWatcher* watcher) {
-    const int file = destination.file().get();
-    struct ::stat made = destination.made();
+/// Content and attributes.
+Failure FileTransfer::fill(const SourceFile& source, int file, struct ::stat made, const struct ::stat* owner,
+                           CopyWatcher* watcher) {
     const OpenPair files{source.file.get(), source.status, file, made.st_dev};
     if (const Failure failure = copyContent(files, *source.abilities, watcher)) return failure;
     if (owner != nullptr) giveOwner(file, *owner, made);
     if (const Failure failure = copyExtendedAttributes(files.source, file, source.attributeNames, made))
         return failure;
     int systemError = removeInheritedAccessLists(file, made.st_mode, source.attributeNames);
-    if (systemError == 0) systemError = copyModeAndTimes(source.status, file, made);
-    if (systemError == 0 && durability == Durability::atOnce) systemError = syncFile(file);
-    if (systemError == 0) systemError = destination.file().close();
+    struct ::stat wanted = source.status;
+    wanted.st_mode = bitsWithoutLostList(wanted.st_mode, file, source.attributeNames);
+    if (systemError == 0) systemError = copyModeAndTimes(wanted, file, made);
     return {systemError, destinationSide};
 }
 
@@ -281,7 +277,9 @@ Failure FileTransfer::dress(int source, const struct ::stat& status, int destina
     if (keepsOwner_) giveOwner(destination, status, made);
     if (const Failure failure = copyExtendedAttributes(source, destination, names, made)) return failure;
     int systemError = removeInheritedAccessLists(destination, made.st_mode, names);
-    if (systemError == 0) systemError = copyModeAndTimes(status, destination, made);
+    struct ::stat wanted = status;
+    wanted.st_mode = bitsWithoutLostList(wanted.st_mode, destination, names);
+    if (systemError == 0) systemError = copyModeAndTimes(wanted, destination, made);
     return {systemError, destinationSide};
 }
 
@@ -300,7 +298,7 @@ Failure FileTransfer::copyLink(EntryAt source, EntryAt destination) const {
     const std::string temporary = beside(destination, temporaryName());
     const EntryAt written{destination.folder, temporary.c_str()};
     if (const int failed = makeLink(target, status, written)) return {failed, destinationSide};
-    return replaceBy(written, destination);
+    return replaceBy(written, EntryKind::link, destination);
 }
 
 /// 0 or the errno. EPERM may also say that the file system has no links.
@@ -328,9 +326,10 @@ Failure FileTransfer::copySpecial(EntryAt source, EntryAt destination) const {
 }
 
 /// Puts a link or special file that this program has made under its final name.
-Failure FileTransfer::replaceBy(EntryAt written, EntryAt destination) const {
+Failure FileTransfer::replaceBy(EntryAt written, EntryKind kind, EntryAt destination) const {
     RemovedUnlessKept removed(written);
-    if (const int systemError = rename(written, destination, true)) return {systemError, destinationSide};
+    if (const int systemError = rename(written, kind, destination, true))
+        return {systemError, destinationSide};
     removed.keep();
     return {};
 }
@@ -352,11 +351,11 @@ Failure FileTransfer::move(EntryAt source, EntryKind kind, EntryAt destination, 
     struct ::stat status {};
     if (::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
     const bool isSame = standing.isThere && isSameFile(status, standing.entry);
-    const bool isRenamed = ::renameat(source.folder, source.name, destination.folder, destination.name) == 0;
-    if (!isRenamed && errno != EXDEV) return {errno == EISDIR ? EEXIST : errno, destinationSide};
+    const int systemError = rename(source, kind, destination, standing.isThere);
+    if (systemError != 0 && systemError != EXDEV) return {systemError, destinationSide};
     // The system also refuses to rename within one disk that is mounted twice.
     if (isSame) return {removeOtherName(source, destination), sourceSide};
-    return isRenamed ? Failure{} : copyAndRemove(source, kind, destination, watcher);
+    return systemError == 0 ? Failure{} : copyAndRemove(source, kind, destination, watcher);
 }
 
 /// Copies under a temporary name and renames; only when both have reached the storage the source goes.
@@ -364,7 +363,11 @@ Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt dest
                                     CopyWatcher* watcher) {
     struct ::stat before {};
     struct ::stat after {};
-    if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
+    int looks = 0;
+    do {
+        if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0)
+            return {errno, sourceSide};
+    } while (++looks < mostLooks && awaitClockStep(before.st_ctim));
     if (const Failure failure = copyDurably(source, kind, destination, watcher)) return failure;
     if (const int systemError = syncFolderOf(destination.folder, destination.name))
         return {systemError, destinationSide};
@@ -379,7 +382,7 @@ Failure FileTransfer::copyDurably(EntryAt source, EntryKind kind, EntryAt destin
         const std::string temporary = beside(destination, temporaryName());
         const EntryAt written{destination.folder, temporary.c_str()};
         const Failure failure = copySpecial(source, written);
-        return failure ? failure : replaceBy(written, destination);
+        return failure ? failure : replaceBy(written, EntryKind::special, destination);
     }
     std::vector<char> attributeNames;
     SourceFile input(attributeNames);

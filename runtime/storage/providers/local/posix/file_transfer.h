@@ -1,16 +1,19 @@
 // The transfer of one entry from folder to folder: a file, a link, a pipe.
 //
 // A new file of at most one page is made in place, exclusively, and written with one call: a kill leaves it
-// whole, empty or not there. One that takes more than that, or that is to replace another one, is written
-// under a temporary name beside its own and renamed when it is whole. What a failed copy has made is removed
-// again.
+// whole, empty or not there. One that takes more than that has no name until it is whole, where the file
+// system can do so. Where it cannot, and where another file is to be replaced, it is written under a
+// temporary name beside its own and renamed when it is whole. What a failed copy has made is removed again.
 #pragma once
 
 #include <fcntl.h>
 
+#include <atomic>
+#include <optional>
 #include <string>
 
 #include "platform/storage_vfs.h"
+#include "runtime/storage/providers/local/posix/created_file.h"
 #include "runtime/storage/providers/local/posix/entry_at.h"
 #include "runtime/storage/providers/local/posix/file_content.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
@@ -51,7 +54,6 @@ public:
 private:
     struct SourceFile;
     struct Standing;
-    class CreatedFile;
     enum class Links { follow, tellApart };
     /// Whether a copied file has to have reached the storage before it gets its name.
     enum class Durability { whenever, atOnce };
@@ -61,24 +63,29 @@ private:
     Failure copyInPlace(const SourceFile& source, EntryAt destination, CopyWatcher* watcher) const;
     Failure copyBeside(const SourceFile& source, EntryAt destination, Links links, Durability durability,
                        CopyWatcher* watcher) const;
+    std::optional<Failure> copyUnnamed(const SourceFile& source, EntryAt destination, Durability durability,
+                                       CopyWatcher* watcher) const;
+    int nameUnnamed(const UnnamedFile& file, EntryAt destination) const;
     Failure copyAndRemove(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
     Failure copyDurably(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
     Failure copyLink(EntryAt source, EntryAt destination) const;
     Failure copySpecial(EntryAt source, EntryAt destination) const;
-    Failure replaceBy(EntryAt written, EntryAt destination) const;
+    Failure replaceBy(EntryAt written, EntryKind kind, EntryAt destination) const;
 
     int lookAt(EntryAt destination, EntryKind by, Standing& standing) const;
-    int rename(EntryAt written, EntryAt destination, bool isReplacing) const;
+    int rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const;
     int makeLink(const std::string& target, const struct ::stat& status, EntryAt link) const;
     void keepOwnerAndTime(const struct ::stat& source, EntryAt made) const;
     const struct ::stat* ownerOf(const SourceFile& source, const Standing& standing) const noexcept;
     static mode_t modeAtCreation(const SourceFile& source, const struct ::stat* owner) noexcept;
-    static Failure fill(const SourceFile& source, CreatedFile& destination, const struct ::stat* owner,
-                        Durability durability, CopyWatcher* watcher);
+    static Failure fill(const SourceFile& source, int file, struct ::stat made, const struct ::stat* owner,
+                        CopyWatcher* watcher);
 
     const ReplacementPolicy policy_;
     const bool keepsOwner_;
     AbilitiesOfDevices abilities_;
+    /// Whether the destination's file system has files without a name, as far as it has been tried.
+    mutable std::atomic<bool> makesUnnamed_{true};
 };
 
 }  // namespace korvex::runtime::storage::posix

@@ -1,27 +1,54 @@
 // A folder that was listed, held for the sake of the entries that the listing gave.
 #include "runtime/storage/providers/local/posix/found_folder.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
+#include <mutex>
+#include <string>
 #include <string_view>
+#include <utility>
 
+#include "runtime/storage/providers/local/posix/leaving.h"
+#include "runtime/storage/providers/local/posix/open_files.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage::posix {
 
 namespace {
 
-/// Together far below what a process may have open. A walk keeps a listing for each level of a tree; the ones
-/// deep down can do with the folders above them, the one at the top cannot.
-constexpr int mostKept = 128;
-constexpr int mostKeptAtTop = 512;
+/// A listing that is kept takes this many handles at least.
+constexpr std::size_t fewestOfOne = 4;
+constexpr std::size_t fewestListings = 4;
 
-std::atomic<int>& keptNow() noexcept {
-    static std::atomic<int> count{0};
-    return count;
+/// The handles that all kept listings may have open together.
+class HandleBudget {
+public:
+    /// How many a further listing may have; 0 when there are too many listings.
+    std::size_t take() {
+        const std::size_t limit = limitOfOpenFiles();
+        const std::lock_guard lock(mutex_);
+        if (listings_ >= std::max(limit / 16, fewestListings)) return 0;
+        ++listings_;
+        // Half of what is left, so that there is something left for the next one.
+        const std::size_t left = limit / 3 - std::min(limit / 3, taken_);
+        const std::size_t most = std::clamp(left / 2, fewestOfOne, openFoldersFor(limit));
+        taken_ += most;
+        return most;
+    }
+    void giveBack(std::size_t handles) noexcept {
+        const std::lock_guard lock(mutex_);
+        --listings_;
+        taken_ -= handles;
+    }
+
+private:
+    std::mutex mutex_;
+    std::size_t listings_ = 0;
+    std::size_t taken_ = 0;
+};
+
+HandleBudget& budget() {
+    static HandleBudget handles;
+    return handles;
 }
 
 std::string lastComponent(const AbsoluteIRI& location) {
@@ -33,35 +60,33 @@ std::string lastComponent(const AbsoluteIRI& location) {
 
 }  // namespace
 
-class KeptFolder {
+/// The folders of one listing and of the listings below it.
+class FoundFolder::KeptTree {
 public:
-    /// Null when that many are open already; the descriptor stays the caller's then.
-    static std::shared_ptr<const KeptFolder> keep(FileDescriptor& folder, int most) {
-        if (keptNow().fetch_add(1) < most) return std::make_shared<const KeptFolder>(std::move(folder));
-        keptNow().fetch_sub(1);
-        return nullptr;
-    }
+    explicit KeptTree(std::size_t mostOpen) : folders(mostOpen), mostOpen_(mostOpen) {}
+    ~KeptTree() { budget().giveBack(mostOpen_); }
+    KeptTree(const KeptTree&) = delete;
+    KeptTree& operator=(const KeptTree&) = delete;
 
-    explicit KeptFolder(FileDescriptor folder) noexcept : folder_(std::move(folder)) {}
-    ~KeptFolder() { keptNow().fetch_sub(1); }
-    KeptFolder(const KeptFolder&) = delete;
-    KeptFolder& operator=(const KeptFolder&) = delete;
-
-    int handle() const noexcept { return folder_.get(); }
+    FolderTree folders;
 
 private:
-    FileDescriptor folder_;
+    const std::size_t mostOpen_;
 };
 
 std::shared_ptr<const FoundFolder> FoundFolder::keep(FileDescriptor folder, const AbsoluteIRI& location) {
     const auto above = of(location);
-    if (auto kept = KeptFolder::keep(folder, above ? mostKept : mostKeptAtTop)) {
-        return std::make_shared<const FoundFolder>(std::move(kept), std::string());
+    std::shared_ptr<KeptTree> tree = above ? above->tree_ : nullptr;
+    if (!tree) {
+        const std::size_t mostOpen = budget().take();
+        if (mostOpen == 0) return nullptr;
+        tree = std::make_shared<KeptTree>(mostOpen);
     }
-    if (!above) return nullptr;
-    const std::string name = lastComponent(location);
-    return std::make_shared<const FoundFolder>(above->kept_,
-                                               above->below_.empty() ? name : above->below_ + '/' + name);
+    const bool isMounted = above && (above->isMountedInTree_ || isMountPoint(folder.get()));
+    auto kept = std::make_shared<TreeFolder>(tree->folders, above ? above->folder_ : nullptr,
+                                             lastComponent(location));
+    if (tree->folders.adopt(*kept, sourceSide, std::move(folder)) != 0) return nullptr;
+    return std::shared_ptr<const FoundFolder>(new FoundFolder(std::move(tree), std::move(kept), isMounted));
 }
 
 std::shared_ptr<const FoundFolder> FoundFolder::of(const AbsoluteIRI& location) noexcept {
@@ -69,22 +94,8 @@ std::shared_ptr<const FoundFolder> FoundFolder::of(const AbsoluteIRI& location) 
     return std::static_pointer_cast<const FoundFolder>(location.parts().found);
 }
 
-int FoundFolder::handle(FileDescriptor& opened, int& systemError) const {
-    systemError = 0;
-    int folder = kept_->handle();
-    for (std::size_t begin = 0; begin < below_.size();) {
-        const std::size_t end = std::min(below_.find('/', begin), below_.size());
-        const std::string name = below_.substr(begin, end - begin);
-        FileDescriptor next(::openat(folder, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        if (!next) {
-            systemError = errno;
-            return -1;
-        }
-        opened = std::move(next);
-        folder = opened.get();
-        begin = end + 1;
-    }
-    return folder;
+FolderTree::Handle FoundFolder::handle(int& systemError) const {
+    return tree_->folders.handle(*folder_, sourceSide, systemError);
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -26,6 +26,9 @@ bool mayBeWritten(int folder, const char* name) noexcept {
     return ::faccessat(folder, name, W_OK | X_OK, AT_EACCESS) == 0;
 }
 
+/// The system takes the one or the other, depending on who forbids it.
+bool meansForbidden(int systemError) noexcept { return systemError == EACCES || systemError == EPERM; }
+
 int statusOf(int folder, const char* name, struct ::statx& status) noexcept {
     return ::statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) == 0 ? 0 : errno;
 }
@@ -48,11 +51,22 @@ int obstacleToLeaving(EntryAt entry) {
     return isGuarded && user != above.stx_uid ? EPERM : 0;
 }
 
+bool isMountPoint(int folder) noexcept {
+    struct ::statx status {};
+    return ::statx(folder, "", AT_EMPTY_PATH, STATX_TYPE, &status) == 0 &&
+           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 Side sideOfFailedRenaming(EntryAt source, int systemError) {
     constexpr int refusals[] = {EACCES, EPERM, EBUSY, ENOENT};
     const bool isRefusal =
         std::find(std::begin(refusals), std::end(refusals), systemError) != std::end(refusals);
-    return isRefusal && obstacleToLeaving(source) != 0 ? sourceSide : destinationSide;
+    if (!isRefusal) return destinationSide;
+    // Another obstacle than the one that was told may stand there as well, and is not what it failed for.
+    const int obstacle = obstacleToLeaving(source);
+    const bool isTheSame =
+        obstacle == systemError || (meansForbidden(obstacle) && meansForbidden(systemError));
+    return isTheSame ? sourceSide : destinationSide;
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -10,6 +10,10 @@ namespace korvex::runtime::storage::posix {
 /// for a place where something is mounted. A folder that may not be written counts as one that cannot leave.
 int obstacleToLeaving(EntryAt entry);
 
+/// Whether something is mounted at an open folder: what is in it belongs to another tree, and the folder
+/// cannot go. False where the system does not say.
+bool isMountPoint(int folder) noexcept;
+
 /// The side at which a failed renaming is to be told: the system does not say which of the two names it
 /// means.
 Side sideOfFailedRenaming(EntryAt source, int systemError);

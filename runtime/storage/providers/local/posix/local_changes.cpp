@@ -9,10 +9,12 @@
 #include <string>
 #include <utility>
 
+#include "runtime/storage/location.h"
 #include "runtime/storage/name_pattern.h"
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/folder_chain.h"
 #include "runtime/storage/providers/local/posix/folder_entries.h"
 #include "runtime/storage/providers/local/posix/found_folder.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
@@ -36,9 +38,14 @@ constexpr int mostRounds = 64;
 
 /// Links followed. Raises `vfs::Exception` when the system cannot tell.
 bool isThere(const AbsoluteIRI& location, struct ::stat& status) {
+    int systemError = 0;
     std::string path;
-    if (!posix::nativePathOf(location, path)) return false;
-    const int systemError = posix::statusOf(path, posix::Links::follow, status);
+    if (location.parts().found) {
+        systemError = posix::statusOfFound(location, posix::Links::follow, status);
+    } else {
+        if (!posix::nativePathOf(location, path)) return false;
+        systemError = posix::statusOf(path, posix::Links::follow, status);
+    }
     if (systemError == 0) return true;
     if (posix::meansNothingThere(systemError)) return false;
     raiseSystemError(systemError, location, u"asking whether it is writable");
@@ -72,6 +79,11 @@ FileDescriptor openFolderAt(const Place& place, const AbsoluteIRI& location) {
     return folder;
 }
 
+/// What is mounted inside a tree is no part of it, and stays when the tree goes.
+void refuseInMount(const Place& place, const AbsoluteIRI& location) {
+    if (place.isMountedInTree()) raiseSystemError(EBUSY, location, u"removing");
+}
+
 }  // namespace
 
 bool LocalProvider::isWritable(const AbsoluteIRI& location) {
@@ -100,6 +112,7 @@ void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
 }
 
 std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u16string_view pattern) {
+    stopIfInterrupted(location);
     const NamePattern wanted(pattern);
     FileDescriptor folder = openListedFolder(location);
     posix::FolderEntries entries(folder.get());
@@ -125,7 +138,9 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
 }
 
 void LocalProvider::removeFile(const AbsoluteIRI& file) {
+    stopIfInterrupted(file);
     const Place place(file);
+    refuseInMount(place, file);
     if (::unlinkat(place.folder(), place.name(), 0) == 0) return;
     // Some systems say EPERM for a folder.
     struct ::stat status {};
@@ -136,8 +151,10 @@ void LocalProvider::removeFile(const AbsoluteIRI& file) {
 }
 
 void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) {
-    stopIfInterrupted(folder);
+    // What was made in vain is taken back after an interrupt too, and that is asked for with this policy.
+    if (policy != vfs::RemoveEmptyFolder) stopIfInterrupted(folder);
     const Place place(folder);
+    refuseInMount(place, folder);
     // The system would refuse such a name in the end, but by then the folder it leads to would be empty.
     const std::string name = place.lastComponent();
     if (name == "." || name == "..") throw vfs::Exception(vfs::invalidLocation, folder, u"removing");
@@ -181,27 +198,6 @@ void LocalProvider::makeDurable(const AbsoluteIRI& location) {
     if (systemError != 0) raiseSystemError(systemError, location, u"writing");
 }
 
-void LocalProvider::createFolderRecursive(const AbsoluteIRI& folder) {
-    (void)posix::nativePathOf(folder);  // what cannot be a name raises before anything is made
-    std::vector<AbsoluteIRI> missing;
-    AbsoluteIRI above = folder;
-    while (extendedExistence(above) == provider::ExtendedNothing && above.hasParent()) {
-        missing.push_back(above);
-        above = above.getParent();
-    }
-    const bool isInTheWay = missing.empty() || existence(above) != provider::AsFolder;
-    if (isInTheWay) throw vfs::Exception(vfs::resourceAlreadyExists, above, u"creating");
-    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
-        try {
-            createFolder(*next);
-        } catch (const vfs::Exception& error) {
-            // Somebody else may make a folder on the way at the same time.
-            const bool isMadeMeanwhile = error.getErrorCode() == vfs::resourceAlreadyExists &&
-                                         std::next(next) != missing.rend() &&
-                                         existence(*next) == provider::AsFolder;
-            if (!isMadeMeanwhile) throw;
-        }
-    }
-}
+void LocalProvider::createFolderRecursive(const AbsoluteIRI& folder) { posix::createFolderChain(folder); }
 
 }  // namespace korvex::runtime::storage

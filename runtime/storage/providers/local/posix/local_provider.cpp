@@ -2,6 +2,7 @@
 #include "runtime/storage/providers/local/local_provider.h"
 
 #include <fcntl.h>
+#include <signal.h>
 
 #include <cerrno>
 #include <string>
@@ -21,18 +22,9 @@ using posix::meansNothingThere;
 
 namespace {
 
-/// As `posix::statusOf`, in the folder in which a listing found the entry.
-int statusOfFound(const AbsoluteIRI& location, Links links, struct ::stat& status) {
-    int systemError = 0;
-    const posix::Place place(location, systemError);
-    if (systemError != 0) return systemError;
-    const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
-    return ::fstatat(place.folder(), place.name(), &status, flags) == 0 ? 0 : errno;
-}
-
 /// False when nothing is there. Raises `vfs::Exception` when the system cannot tell.
 bool lookUp(const AbsoluteIRI& location, const std::string& path, Links links, struct ::stat& status) {
-    const int systemError = location.parts().found ? statusOfFound(location, links, status)
+    const int systemError = location.parts().found ? posix::statusOfFound(location, links, status)
                                                    : posix::statusOf(path, links, status);
     if (systemError == 0) return true;
     if (meansNothingThere(systemError)) return false;
@@ -40,6 +32,14 @@ bool lookUp(const AbsoluteIRI& location, const std::string& path, Links links, s
 }
 
 }  // namespace
+
+LocalProvider::LocalProvider() {
+    // A file beyond the size that the user set as the limit is an error like others, and not the end of the
+    // process. A host that has its own way with the signal keeps it.
+    struct ::sigaction present {};
+    const bool endsProcess = ::sigaction(SIGXFSZ, nullptr, &present) == 0 && present.sa_handler == SIG_DFL;
+    if (endsProcess) ::signal(SIGXFSZ, SIG_IGN);
+}
 
 ExistenceType LocalProvider::existence(const AbsoluteIRI& location) {
     // The buffer lives on: this is called in loops over very many locations.

@@ -62,12 +62,14 @@ FileDescriptor openForReading(const Place& place, int flags, const AbsoluteIRI& 
 /// A folder may not go into its own subtree: the copy would find itself on the way.
 void refuseOwnSubtree(LocalProvider& local, const AbsoluteIRI& source, const AbsoluteIRI& destination,
                       const char16_t* context) {
-    const CanonicalAbsoluteIRI from = local.canonicalLocation(source);
-    const bool isThere = local.existence(destination) != provider::AsNeither;
-    const AbsoluteIRI existing = isThere || !destination.hasParent() ? destination : destination.getParent();
-    if (local.existence(existing) == provider::AsNeither) return;  // said in its place, with the right code
-    const CanonicalAbsoluteIRI to = local.canonicalLocation(existing);
-    if (from.isAncestorOf(to) || from == to) throw vfs::Exception(vfs::invalidLocation, destination, context);
+    AbsoluteIRI existing = destination;
+    while (local.existence(existing) == provider::AsNeither && existing.hasParent())
+        existing = existing.getParent();
+    // By where the folders are and not by their paths: what is mounted twice has several of those.
+    const Place inner(existing);
+    const Place outer(source);
+    if (posix::isAtOrBelow(entryAt(inner), entryAt(outer)))
+        throw vfs::Exception(vfs::invalidLocation, destination, context);
 }
 
 /// The folder at the destination, made now or taken as it is.
@@ -100,10 +102,11 @@ void refuseImmovable(const Place& from, const AbsoluteIRI& source) {
         raiseSystemError(systemError, source, moving);
 }
 
-bool isOnDeviceOf(const Place& place, const struct ::stat& status) noexcept {
+/// Where the destination's folder is not to be had, the renaming will say so.
+bool isOnAnotherDevice(const Place& destination, const struct ::stat& source) {
     struct ::stat folder {};
-    const Place above(place, ".");
-    return statusAt(above, 0, folder) && folder.st_dev == status.st_dev;
+    const Place above(destination, ".");
+    return statusAt(above, 0, folder) && folder.st_dev != source.st_dev;
 }
 
 /// A whole folder that was renamed is one item.
@@ -126,9 +129,10 @@ void undo(const Place& folder, const AbsoluteIRI& location) noexcept {
 }
 
 /// What was copied has to reach the storage before its source goes.
-void settle(const FileDescriptor& copied, const AbsoluteIRI& destination) {
-    if (const int systemError = posix::syncFileSystem(copied.get()))
-        raiseSystemError(systemError, destination, moving);
+void settle(const FileDescriptor& copy, const CopiedEntries& copied, const AbsoluteIRI& destination) {
+    const int systemError =
+        copied.reachesFurtherDisks() ? posix::syncAll() : posix::syncFileSystem(copy.get());
+    if (systemError != 0) raiseSystemError(systemError, destination, moving);
 }
 
 /// Takes the folder away from which `empty` takes what is in it, as often as something is left.
@@ -163,7 +167,7 @@ void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const Abs
         posix::copyTree({openForReading(from, O_NOFOLLOW, source, moving), source},
                         {openForReading(staging, O_NOFOLLOW, destination, moving), destination}, true, policy,
                         &copied);
-        settle(copy, destination);
+        settle(copy, copied, destination);
         const int systemError = posix::renameOntoNothing(entryAt(staging), entryAt(to));
         if (systemError != 0) raiseSystemError(systemError, destination, moving);
     } catch (...) {
@@ -196,7 +200,7 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
         refuseImmovable(from, source);
         CopiedEntries copied;
         posix::copyTree({openSource(), source}, {openTarget(), destination}, false, policy, &copied);
-        settle(into, destination);
+        settle(into, copied, destination);
         copied.close();
         return removeCopied(from, source, copied);
     }
@@ -233,7 +237,7 @@ void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     struct ::stat status {};
     if (!statusAt(from, AT_SYMLINK_NOFOLLOW, status)) raiseSystemError(errno, source, moving);
     if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR, source, moving);
-    if (!isOnDeviceOf(to, status)) refuseImmovable(from, source);
+    if (isOnAnotherDevice(to, status)) refuseImmovable(from, source);
     FileTransfer transfer(policy, true);
     const Failure failure =
         transfer.move(entryAt(from), posix::kindOfMode(status.st_mode), entryAt(to), progress.watcher());

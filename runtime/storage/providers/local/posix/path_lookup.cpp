@@ -21,15 +21,6 @@ constexpr std::size_t pieceLimit = PATH_MAX - 1;
 /// As many as the system itself follows in one path.
 constexpr int mostLinks = 40;
 
-/// Opens a folder relative to one that is open already, and takes its place; 0 or the errno.
-int enterFolder(FileDescriptor& folder, const std::string& path) noexcept {
-    const int base = folder ? folder.get() : AT_FDCWD;
-    const int opened = ::openat(base, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (opened < 0) return errno;
-    folder = FileDescriptor(opened);
-    return 0;
-}
-
 /// Opens the folders in front of the last piece of a path, and cuts them off; 0 or the errno. What is left is
 /// short enough for one call relative to `folder`.
 int enterInPieces(std::string_view& path, FileDescriptor& folder) {
@@ -121,6 +112,14 @@ private:
 };
 
 }  // namespace
+
+int enterFolder(FileDescriptor& folder, const std::string& path) noexcept {
+    const int base = folder ? folder.get() : AT_FDCWD;
+    const int opened = ::openat(base, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) return errno;
+    folder = FileDescriptor(opened);
+    return 0;
+}
 
 int statusOf(const std::string& path, Links links, struct ::stat& status) noexcept {
     const int result =

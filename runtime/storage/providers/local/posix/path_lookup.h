@@ -20,6 +20,10 @@ int statusOf(const std::string& path, Links links, struct ::stat& status) noexce
 /// Errors that say: there is nothing of that name, and cannot be.
 bool meansNothingThere(int systemError) noexcept;
 
+/// Opens a folder relative to `folder`, links followed, and takes its place; without one, by the whole path.
+/// 0, or the errno with `folder` as it was.
+int enterFolder(FileDescriptor& folder, const std::string& path) noexcept;
+
 /// Opens a folder, links followed, for looking up names below it. No descriptor and the errno when it cannot.
 FileDescriptor openFolderByPath(const std::string& path, int& systemError);
 

@@ -5,9 +5,10 @@
 #include <limits.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include "runtime/storage/location.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
-#include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage::posix {
@@ -46,7 +47,8 @@ Place::Place(const vfs::AbsoluteIRI& location, int& systemError)
     systemError = 0;
     if (found_) {
         name_ = nativeNameOf(location);
-        folder_ = found_->handle(opened_, systemError);
+        held_ = found_->handle(systemError);
+        folder_ = held_ ? held_->get() : -1;
         return;
     }
     name_ = nativePathOf(location);
@@ -63,12 +65,21 @@ Place::Place(const vfs::AbsoluteIRI& location) : folder_(AT_FDCWD) {
     if (systemError != 0) raiseSystemError(systemError, location, u"opening the folder");
 }
 
-Place::Place(const Place& other, const std::string& name) : found_(other.found_), folder_(other.folder_) {
+Place::Place(const Place& other, const std::string& name)
+    : found_(other.found_), held_(other.held_), folder_(other.folder_) {
     const std::size_t slash = other.name_.rfind('/');
     name_ = (slash == std::string::npos ? std::string() : other.name_.substr(0, slash + 1)) + name;
 }
 
 std::string Place::lastComponent() const { return name_.substr(name_.rfind('/') + 1); }
+
+int statusOfFound(const vfs::AbsoluteIRI& location, Links links, struct ::stat& status) {
+    int systemError = 0;
+    const Place place(location, systemError);
+    if (systemError != 0) return systemError;
+    const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    return ::fstatat(place.folder(), place.name(), &status, flags) == 0 ? 0 : errno;
+}
 
 vfs::AbsoluteIRI behindLink(const vfs::AbsoluteIRI& location) {
     const Place place(location);

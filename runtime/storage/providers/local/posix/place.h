@@ -7,6 +7,7 @@
 #include "platform/storage_vfs.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/found_folder.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
 
 namespace korvex::runtime::storage::posix {
 
@@ -27,10 +28,13 @@ public:
     std::string lastComponent() const;
     /// Named by what a listing gave, relative to the folder that was listed.
     bool isFound() const noexcept { return found_ != nullptr; }
+    /// Found in what is mounted inside the tree that was listed.
+    bool isMountedInTree() const noexcept { return found_ && found_->isMountedInTree(); }
 
 private:
     std::shared_ptr<const FoundFolder> found_;
     FileDescriptor opened_;
+    FolderTree::Handle held_;
     int folder_;
     std::string name_;
 };
@@ -40,6 +44,10 @@ private:
 std::string nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location);
 /// The same without an exception: false, with `bytes` in an unspecified state.
 bool nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location, std::string& bytes);
+
+/// As `statusOf` of a path, for an entry that a listing gave, in the folder in which it was found: 0 or the
+/// errno.
+int statusOfFound(const foundation::storage::vfs::AbsoluteIRI& location, Links links, struct ::stat& status);
 
 /// Where a file is written that is sent onto a link to a file: what the link leads to is replaced, not the
 /// link. Of any other location, the location itself.

@@ -8,6 +8,7 @@
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_progress.h"
+#include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/tree_failures.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
@@ -51,16 +52,18 @@ public:
         if (!folder.parent()) return true;
         if (const int systemError = tree_->open(folder, sourceSide)) fail({systemError, sourceSide}, folder);
         // Reached by whatever way, the copy must not find itself.
-        const bool isDestination =
-            folder.status.st_dev == target_.st_dev && folder.status.st_ino == target_.st_ino;
-        if (isDestination) throw vfs::Exception(vfs::invalidLocation, destination_, context);
+        if (isSameFile(folder.status, target_))
+            throw vfs::Exception(vfs::invalidLocation, destination_, context);
         makeDestination(folder);
         if (const int systemError = tree_->open(folder, destinationSide)) {
             // What stands there in the folder's place is a file or a link.
             fail({systemError == ENOTDIR || systemError == ELOOP ? EEXIST : systemError, destinationSide},
                  folder);
         }
-        if (copied_ != nullptr) copied_->addFolder(folder);
+        if (copied_ != nullptr) {
+            refuseUnlessApart(folder);
+            copied_->addFolder(folder);
+        }
         return true;
     }
 
@@ -95,6 +98,22 @@ public:
     }
 
 private:
+    /// Before a move: what could not go from its source in the end is not copied in the first place, and of a
+    /// folder that is its own destination, over whatever mounts, the only copy would go.
+    void refuseUnlessApart(TreeFolder& folder) {
+        int systemError = 0;
+        const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError);
+        if (source && isMountPoint(source->get())) systemError = EBUSY;
+        if (systemError != 0) fail({systemError, sourceSide}, folder);
+        if (folder.wasCreated) return;
+        const FolderTree::Handle destination = tree_->handle(folder, destinationSide, systemError);
+        struct ::stat standing {};
+        if (destination && ::fstat(destination->get(), &standing) != 0) systemError = errno;
+        if (systemError == 0 && isSameFile(folder.status, standing)) systemError = EBUSY;
+        if (systemError != 0) fail({systemError, destinationSide}, folder);
+        if (standing.st_dev != target_.st_dev) copied_->noteFurtherDisk();
+    }
+
     void makeDestination(TreeFolder& folder) {
         int systemError = 0;
         const FolderTree::Handle above = tree_->handle(*folder.parent(), destinationSide, systemError);

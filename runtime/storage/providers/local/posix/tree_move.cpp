@@ -41,6 +41,7 @@ public:
         TreeWalk walk(*this);
         tree_ = &walk.tree();
         const std::shared_ptr<TreeFolder> top = makeTop(walk, std::move(source.folder), source_);
+        if (::fstat(destination.folder.get(), &target_) != 0) raiseSystemError(errno, destination_, context);
         if (const int systemError = tree_->adopt(*top, destinationSide, std::move(destination.folder))) {
             raiseSystemError(systemError, destination_, context);
         }
@@ -71,6 +72,7 @@ public:
             fail({systemError, sideOfFailedRenaming(source, systemError)}, folder);
 
         systemError = tree_->open(folder, sourceSide);
+        if (systemError == 0) systemError = obstacleToEntering(folder);
         if (systemError != 0) fail({systemError, sourceSide}, folder);
         systemError = tree_->open(folder, destinationSide);
         if (systemError == ENOTDIR || systemError == ELOOP) systemError = EEXIST;
@@ -113,6 +115,15 @@ public:
     }
 
 private:
+    /// 0 or the errno. What is mounted here is no part of the tree, and could not go. And reached by whatever
+    /// way, the move must not find its own destination: it would never end.
+    int obstacleToEntering(TreeFolder& folder) {
+        if (isSameFile(folder.status, target_)) return EINVAL;
+        int systemError = 0;
+        const FolderTree::Handle handle = tree_->handle(folder, sourceSide, systemError);
+        return handle && isMountPoint(handle->get()) ? EBUSY : systemError;
+    }
+
     void finishCreated(TreeFolder& folder) {
         int systemError = 0;
         const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError);
@@ -139,6 +150,7 @@ private:
 
     const vfs::AbsoluteIRI source_;
     const vfs::AbsoluteIRI destination_;
+    struct ::stat target_ {};
     FileTransfer transfer_;
     ProgressCounter progress_;
     FolderTree* tree_ = nullptr;

@@ -8,6 +8,7 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/tree_failures.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
@@ -41,7 +42,10 @@ public:
         if (!folder.parent()) return true;
         if (purpose_ == Purpose::undoing) makeAccessible(folder);
         const int systemError = tree_->open(folder, sourceSide);
-        if (systemError == 0) return true;
+        if (systemError == 0) {
+            refuseMountPoint(folder);
+            return true;
+        }
         // Somebody took the folder away, or put a link in its place: the link goes, what it leads to stays.
         if (systemError == ELOOP || systemError == ENOTDIR) unlink(*folder.parent(), folder.name(), 0);
         const bool isGone = systemError == ELOOP || systemError == ENOTDIR || systemError == ENOENT;
@@ -77,6 +81,15 @@ public:
 private:
     bool isInterrupted() const noexcept {
         return purpose_ == Purpose::removal && interpreter::isInterruptPending();
+    }
+
+    /// It could not go in the end, so what is in it stays: it is no part of this tree.
+    void refuseMountPoint(TreeFolder& folder) {
+        int systemError = 0;
+        const FolderTree::Handle handle = tree_->handle(folder, sourceSide, systemError);
+        if (handle && isMountPoint(handle->get())) systemError = EBUSY;
+        if (systemError != 0)
+            raiseSystemError(systemError, locationBelow(location_, folder.relativePath()), context);
     }
 
     void makeAccessible(TreeFolder& folder) {

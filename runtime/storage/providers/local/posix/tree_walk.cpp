@@ -1,35 +1,23 @@
 // A walk through a tree of folders, with as many threads as there are processors.
 #include "runtime/storage/providers/local/posix/tree_walk.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <unordered_set>
 #include <utility>
 
+#include "runtime/storage/providers/local/posix/open_files.h"
+
 namespace korvex::runtime::storage::posix {
 
 namespace {
 
-constexpr std::size_t mostOpenFolders = 128;
-constexpr std::size_t fewestOpenFolders = 4;
 constexpr std::size_t mostThreads = 16;
 /// A folder with fewer entries than this is one piece; of a larger one, each so many entries are one.
 constexpr std::size_t entriesInPiece = 512;
 /// Entries are handed to others only while fewer pieces wait than this, so that memory stays bounded.
 constexpr std::size_t mostWaitingEntryPieces = 16;
-
-std::size_t limitOfOpenFiles() noexcept {
-    struct ::rlimit limit {};
-    return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : 0;
-}
-
-/// A folder has two sides, so the folders take a third of the limit.
-std::size_t openFoldersFor(std::size_t limit) noexcept {
-    return std::clamp(limit / 6, fewestOpenFolders, mostOpenFolders);
-}
 
 /// One has up to four files open, and two handles of a folder that may count as closed: all take a quarter.
 unsigned workersFor(unsigned asked, std::size_t limit) noexcept {

@@ -1,0 +1,36 @@
+// Changes that times do not tell apart.
+#include "runtime/storage/providers/local/posix/clock_step.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace {
+
+constexpr long stepOfWaiting = 1'000'000;
+constexpr long nanosecondsInSecond = 1'000'000'000;
+
+/// Whether a change that is still to come could get the same time.
+bool isFresh(const struct ::timespec& changed) noexcept {
+    struct ::timespec step {};
+    struct ::timespec now {};
+    if (::clock_getres(CLOCK_REALTIME_COARSE, &step) != 0 ||
+        ::clock_gettime(CLOCK_REALTIME_COARSE, &now) != 0)
+        return false;
+    const time_t seconds = changed.tv_sec - now.tv_sec;
+    // Times that are far ahead come from another clock.
+    if (seconds < 0 || seconds > 1) return false;
+    const long ahead = seconds * nanosecondsInSecond + changed.tv_nsec - now.tv_nsec;
+    return ahead >= 0 && ahead < step.tv_nsec;
+}
+
+}  // namespace
+
+bool awaitClockStep(const struct ::timespec& changed) noexcept {
+    if (!isFresh(changed)) return false;
+    while (isFresh(changed)) {
+        const struct ::timespec wait { 0, stepOfWaiting };
+        ::nanosleep(&wait, nullptr);
+    }
+    return true;
+}
+
+}  // namespace korvex::runtime::storage::posix

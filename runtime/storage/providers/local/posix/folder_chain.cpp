@@ -1,0 +1,65 @@
+// A folder with all folders above it that are missing.
+#include "runtime/storage/providers/local/posix/folder_chain.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/storage/providers/local/posix/place.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+std::vector<std::string> componentsOf(std::string_view path) {
+    std::vector<std::string> components;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (end > begin) components.emplace_back(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return components;
+}
+
+vfs::AbsoluteIRI levelsAbove(vfs::AbsoluteIRI location, std::size_t levels) {
+    for (; levels > 0; --levels)
+        location = location.getParent();
+    return location;
+}
+
+/// Makes one folder of the chain if it is missing, and enters it. 0, or the errno: EEXIST for what is no
+/// folder.
+int enterOrCreate(FileDescriptor& above, const std::string& name, bool& isNew) {
+    // Below a folder that was just made nothing can stand, unless somebody else is at work there too.
+    if (!isNew && enterFolder(above, name) == 0) return 0;
+    isNew = ::mkdirat(above.get(), name.c_str(), 0777) == 0;
+    if (!isNew && errno != EEXIST) return errno;
+    const int systemError = enterFolder(above, name);
+    return !isNew && meansNothingThere(systemError) ? EEXIST : systemError;
+}
+
+}  // namespace
+
+void createFolderChain(const vfs::AbsoluteIRI& folder) {
+    const std::vector<std::string> names = componentsOf(nativePathOf(folder));
+    FileDescriptor above;
+    bool isNew = false;
+    int systemError = names.empty() ? EEXIST : enterFolder(above, "/");
+    std::size_t level = 0;
+    for (; systemError == 0 && level + 1 < names.size(); ++level)
+        systemError = enterOrCreate(above, names[level], isNew);
+    if (systemError == 0 && ::mkdirat(above.get(), names[level++].c_str(), 0777) == 0) return;
+    if (systemError == 0) systemError = errno;
+    raiseSystemError(systemError, levelsAbove(folder, names.size() - level), u"creating");
+}
+
+}  // namespace korvex::runtime::storage::posix
