@@ -101,9 +101,10 @@ FolderListing<ListEntry> Folder::listAll(std::u16string pattern) const {
     std::vector<ListEntry> entries;
     entries.reserve(found.size());
     for (storage::ListedEntry& entry : found) {
-        const AbsoluteIRI location = entry.found ? storage::foundLocation(folder.location, entry.name,
-                                                                          std::move(entry.found))
-                                                 : AbsoluteIRI(folder.location, entry.name);
+        const AbsoluteIRI location =
+            entry.found ? storage::foundLocation(folder.location, entry.name, std::move(entry.found))
+                        : AbsoluteIRI(folder.location, entry.name);
+        location.parts().isKnownFile = entry.isPlainFile;
         entries.emplace_back(entry.isFolder ? Item(Folder(location, storage_))
                                             : Item(File(location, storage_)));
     }

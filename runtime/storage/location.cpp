@@ -221,13 +221,11 @@ AbsoluteIRI::Parts::Parts(std::u16string schemeText, std::u16string hostText, st
       found(std::move(foundPlace)) {}
 
 const std::u16string& AbsoluteIRI::Parts::text() const {
-    std::call_once(text_.made, [this] { text_.value = textOf(*this); });
-    return text_.value;
+    return text_.get([this] { return textOf(*this); });
 }
 
 const std::u16string& AbsoluteIRI::Parts::name() const {
-    std::call_once(name_.made, [this] { name_.value = nameOf(*this); });
-    return name_.value;
+    return name_.get([this] { return nameOf(*this); });
 }
 
 AbsoluteIRI::AbsoluteIRI(const std::u16string& text) : AbsoluteIRI(parsed(text)) {}

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -41,14 +40,49 @@ struct AbsoluteIRI::Parts {
     /// The provider has told that a folder stands there, and no link: from then on this location is not
     /// entered through a link that somebody puts in its place.
     mutable std::atomic<bool> isKnownFolder{false};
+    /// A listing has told that a plain file stands there, and no link: to open it does nothing else.
+    mutable std::atomic<bool> isKnownFile{false};
 
     const std::u16string& text() const;
     const std::u16string& name() const;
 
 private:
-    struct Derived {
-        std::u16string value;
-        std::once_flag made;
+    /// A text that is made once. Unlike `std::call_once` it costs no system call when nobody waits.
+    class Derived {
+    public:
+        template <class Make>
+        const std::u16string& get(const Make& make) {
+            State state = State::none;
+            while ((state = state_.load(std::memory_order_acquire)) != State::made) {
+                if (state == State::making) {
+                    state_.wait(State::making);
+                } else if (state_.compare_exchange_strong(state, State::making)) {
+                    makeWith(make);
+                }
+            }
+            return value_;
+        }
+
+    private:
+        enum class State { none, making, made };
+
+        template <class Make>
+        void makeWith(const Make& make) {
+            try {
+                value_ = make();
+            } catch (...) {
+                enter(State::none);
+                throw;
+            }
+            enter(State::made);
+        }
+        void enter(State state) noexcept {
+            state_.store(state, std::memory_order_release);
+            state_.notify_all();
+        }
+
+        std::u16string value_;
+        std::atomic<State> state_{State::none};
     };
     mutable Derived text_;
     mutable Derived name_;

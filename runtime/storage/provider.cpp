@@ -14,6 +14,18 @@ namespace {
 }  // namespace
 
 bool Provider::isWritable(const AbsoluteIRI&) { return false; }
+std::size_t Provider::firstUnwritable(std::span<const AbsoluteIRI> locations,
+                                      const std::function<void()>& onFailure) {
+    for (std::size_t i = 0; i < locations.size(); ++i) {
+        try {
+            if (!isWritable(locations[i])) return i;
+        } catch (const vfs::Exception&) {
+            onFailure();
+        }
+    }
+    return locations.size();
+}
+
 void Provider::setWritable(const AbsoluteIRI& location, bool) { refuseToWrite(location); }
 
 std::vector<ListedEntry> Provider::list(const AbsoluteIRI& folder, std::u16string_view) {
@@ -30,6 +42,8 @@ std::unique_ptr<OutputStream> Provider::write(const AbsoluteIRI& file, Replaceme
 void Provider::copyFile(const AbsoluteIRI&, const AbsoluteIRI& destination, ReplacementPolicy) {
     refuseToWrite(destination);
 }
+std::unique_ptr<WorkAhead> Provider::copyAhead(std::vector<FilePair>, ReplacementPolicy) { return nullptr; }
+
 void Provider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI&, ReplacementPolicy) {
     refuseToWrite(source);
 }

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -36,6 +37,8 @@ class FoundPlace;
 struct ListedEntry {
     std::u16string name;
     bool isFolder = false;
+    /// Known to be a plain file: no link, device or pipe.
+    bool isPlainFile = false;
     /// Where the provider keeps more of the folder than its path; then `name` is one path component.
     std::shared_ptr<const FoundPlace> found = nullptr;
 };
@@ -72,6 +75,15 @@ public:
     virtual void commit() = 0;
 };
 
+/// Source and destination.
+using FilePair = std::pair<AbsoluteIRI, AbsoluteIRI>;
+
+/// Work that was begun ahead; what nobody has asked for is taken back when it ends.
+class WorkAhead {
+public:
+    virtual ~WorkAhead() = default;
+};
+
 class Provider {
 public:
     virtual ~Provider() = default;
@@ -93,6 +105,9 @@ public:
 
     /// As the free `isWritable`.
     virtual bool isWritable(const AbsoluteIRI& location);
+    /// As `vfs::firstUnwritable`; by default each is asked for.
+    virtual std::size_t firstUnwritable(std::span<const AbsoluteIRI> locations,
+                                        const std::function<void()>& onFailure);
     virtual void setWritable(const AbsoluteIRI& location, bool isWritable);
 
     /// The entries whose names match the pattern (NamePattern), sorted by 16-bit unit.
@@ -108,6 +123,8 @@ public:
     /// Both locations are of this provider. As the operations of `File` and `Folder`.
     virtual void copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                           ReplacementPolicy policy);
+    /// As `vfs::CopiesAhead`, for files of this provider; null, as by default: nothing is done ahead.
+    virtual std::unique_ptr<WorkAhead> copyAhead(std::vector<FilePair> files, ReplacementPolicy policy);
     virtual void moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                           ReplacementPolicy policy);
     virtual void copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,

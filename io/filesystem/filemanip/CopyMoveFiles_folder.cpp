@@ -1,11 +1,15 @@
 // A folder as source, or a name that is not there and may be a wildcard: which folder they go to, what has to
 // be made first, and whether they go as a whole or item by item.
+#include <algorithm>
+#include <boost/optional.hpp>
+
 #include "io/filesystem/filemanip/CopyMoveFiles.h"
 #include "io/filesystem/filemanip/CopyMoveFiles_steps.h"
 #include "io/filesystem/filemanip/command_frame_path_intake.h"
 #include "io/filesystem/filemanip/command_frame_status_messages.h"
 #include "io/filesystem/filemanip/command_frame_trace.h"
 #include "platform/dispatcher.h"
+#include "platform/many_files.h"
 #include "platform/message_identifiers.h"
 
 namespace korvex::filemanip {
@@ -23,6 +27,32 @@ vfs::Item targetInFolder(const vfs::Item& item, const vfs::Folder& destination) 
             return vfs::Item(Handle(destination, handle.getName()));
         },
         item);
+}
+
+/// The end of the run of files that begins there; a folder is a run of its own.
+std::size_t endOfRun(const std::vector<vfs::ListEntry>& entries, std::size_t begin) {
+    const auto isFile = [](const vfs::ListEntry& entry) {
+        return boost::get<vfs::File>(&entry.getFileOrFolder()) != nullptr;
+    };
+    if (!isFile(entries[begin])) return begin + 1;
+    const auto end =
+        std::find_if_not(entries.begin() + static_cast<std::ptrdiff_t>(begin), entries.end(), isFile);
+    return static_cast<std::size_t>(end - entries.begin());
+}
+
+/// Below this it is not worth the threads.
+constexpr std::size_t fewestAhead = 32;
+
+std::vector<std::pair<vfs::File, vfs::File>> filePairs(const std::vector<vfs::ListEntry>& entries,
+                                                       const std::vector<vfs::Item>& targets,
+                                                       std::size_t begin, std::size_t end) {
+    std::vector<std::pair<vfs::File, vfs::File>> pairs;
+    pairs.reserve(end - begin);
+    for (std::size_t i = begin; i < end; ++i) {
+        pairs.emplace_back(boost::get<vfs::File>(entries[i].getFileOrFolder()),
+                           boost::get<vfs::File>(targets[i]));
+    }
+    return pairs;
 }
 
 void removeEmptyFolder(const vfs::Folder& folder) { folder.removeFolder(vfs::RemoveEmptyFolder); }
@@ -172,8 +202,17 @@ bool CopyMoveFiles::processFolderContents(const FolderListing& listing, const Fo
     const std::vector<ListEntry> entries(listing.begin(), listing.end());
     std::vector<Item> targets;
     if (!force_ && !targetsAreWritable(entries, destination, targets)) return false;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
+    boost::optional<vfs::CopiesAhead> ahead;
+    for (std::size_t i = 0, end = 0; i < entries.size(); ++i) {
         const Item& item = entries[i].getFileOrFolder();
+        if (i == end) {
+            ahead = boost::none;
+            end = endOfRun(entries, i);
+            // With force, what stands at a target is made writable before its turn: nothing may stand there
+            // yet.
+            const bool mayWorkAhead = isCopy() && !force_ && end - i >= fewestAhead;
+            if (mayWorkAhead) ahead.emplace(filePairs(entries, targets, i, end), provider::ReplaceWritable);
+        }
         if (!callVfsAPI(item, force_ ? targetInFolder(item, destination) : targets[i])) return false;
     }
     return true;
@@ -183,19 +222,12 @@ bool CopyMoveFiles::processFolderContents(const FolderListing& listing, const Fo
 bool CopyMoveFiles::targetsAreWritable(const std::vector<ListEntry>& entries, const Folder& destination,
                                        std::vector<Item>& targets) {
     targets.reserve(entries.size());
-    for (const ListEntry& entry : entries) {
-        Item target = targetInFolder(entry.getFileOrFolder(), destination);
-        try {
-            if (!vfs::isWritable(target)) {
-                reportReadOnly(displayText(vfs::getLocation(target)));
-                return false;
-            }
-        } catch (const vfs::Exception&) {
-            traceCurrentException();
-        }
-        targets.push_back(std::move(target));
-    }
-    return true;
+    for (const ListEntry& entry : entries)
+        targets.push_back(targetInFolder(entry.getFileOrFolder(), destination));
+    const std::size_t first = vfs::firstUnwritable(targets, [] { traceCurrentException(); });
+    if (first == targets.size()) return true;
+    reportReadOnly(displayText(vfs::getLocation(targets[first])));
+    return false;
 }
 
 }  // namespace korvex::filemanip

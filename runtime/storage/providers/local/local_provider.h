@@ -17,6 +17,8 @@ public:
     CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) override;
 
     bool isWritable(const AbsoluteIRI& location) override;
+    std::size_t firstUnwritable(std::span<const AbsoluteIRI> locations,
+                                const std::function<void()>& onFailure) override;
     void setWritable(const AbsoluteIRI& location, bool isWritable) override;
     std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern) override;
     std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override;
@@ -24,6 +26,7 @@ public:
 
     void copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                   ReplacementPolicy policy) override;
+    std::unique_ptr<WorkAhead> copyAhead(std::vector<FilePair> files, ReplacementPolicy policy) override;
     void moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                   ReplacementPolicy policy) override;
     void copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,

@@ -115,18 +115,60 @@ Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, 
 }
 
 Failure FileTransfer::copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher) {
-    struct ::stat status {};
-    if (::fstatat(source.folder, source.name, &status, 0) != 0) return {errno, sourceSide};
-    if (const int systemError = unlessFile(status)) return {systemError, sourceSide};
-    std::vector<char> attributeNames;
+    thread_local std::vector<char> attributeNames;
     SourceFile input(attributeNames);
+    if (const Failure failure = openFollowing(source, false, input)) return failure;
+    return copyOpened(input, destination, Links::follow, watcher);
+}
+
+Failure FileTransfer::copyOntoNothing(EntryAt source, bool isKnownFile, EntryAt destination, off_t mostBytes,
+                                      struct ::stat& made) {
+    thread_local std::vector<char> attributeNames;
+    SourceFile input(attributeNames);
+    if (const Failure failure = openFollowing(source, isKnownFile, input)) return failure;
+    if (input.status.st_size > mostBytes) return {EFBIG, sourceSide};
+    if (const Failure failure =
+            listExtendedAttributes(input.file.get(), *input.abilities, input.attributeNames))
+        return failure;
+    const struct ::stat* const owner = ownerOf(input, {});
+    if (isWrittenAtOnce(input)) {
+        CreatedFile output(destination, modeAtCreation(input, owner));
+        if (output.systemError() != 0) return {output.systemError(), destinationSide};
+        const int file = output.file().get();
+        if (const Failure failure = fill(input, file, output.made(), owner, nullptr)) return failure;
+        int systemError = ::fstat(file, &made) == 0 ? 0 : errno;
+        if (systemError == 0) systemError = output.file().close();
+        if (systemError == 0) output.keep();
+        return {systemError, destinationSide};
+    }
+    UnnamedFile output(destination, modeAtCreation(input, owner));
+    if (output.systemError() != 0) return {output.systemError(), destinationSide};
+    const int file = output.file().get();
+    if (const Failure failure = fill(input, file, output.made(), owner, nullptr)) return failure;
+    int systemError = output.flush();
+    if (systemError == 0) systemError = output.giveName(destination);
+    if (systemError == 0 && ::fstat(file, &made) != 0) systemError = errno;
+    return {systemError, destinationSide};
+}
+
+Failure FileTransfer::openFollowing(EntryAt source, bool isKnownFile, SourceFile& input) {
+    struct ::stat status {};
+    if (!isKnownFile) {
+        if (::fstatat(source.folder, source.name, &status, 0) != 0) return {errno, sourceSide};
+        if (const int systemError = unlessFile(status)) return {systemError, sourceSide};
+    }
     if (const Failure failure = open(source, Links::follow, input)) return failure;
     // It is not worth asking for the sake of one small file: what takes up room on a disk has the size that
     // it says, unlike what the system makes up.
     const bool isSmall = input.status.st_blocks > 0 && input.status.st_size <= writtenAtOnce;
     input.unasked.tellsSizes = isSmall && input.status.st_size > 0;
     if (!input.unasked.tellsSizes) input.abilities = &abilities_.of(input.file.get(), input.status.st_dev);
-    return copyOpened(input, destination, Links::follow, watcher);
+    return {};
+}
+
+bool FileTransfer::isWrittenAtOnce(const SourceFile& source) noexcept {
+    const bool isSizeKnown = source.status.st_size > 0 || source.abilities->tellsSizes;
+    return isSizeKnown && source.status.st_size <= writtenAtOnce && !mayHaveHoles(source.status);
 }
 
 Failure FileTransfer::open(EntryAt source, Links links, SourceFile& opened) const {
@@ -141,9 +183,7 @@ Failure FileTransfer::copyOpened(SourceFile& source, EntryAt destination, Links 
     const Failure failure =
         listExtendedAttributes(source.file.get(), *source.abilities, source.attributeNames);
     if (failure) return failure;
-    const struct ::stat& status = source.status;
-    const bool isSizeKnown = status.st_size > 0 || source.abilities->tellsSizes;
-    if (isSizeKnown && status.st_size <= writtenAtOnce && !mayHaveHoles(status)) {
+    if (isWrittenAtOnce(source)) {
         const Failure inPlace = copyInPlace(source, destination, watcher);
         if (inPlace.systemError != EEXIST) return inPlace;
     }

@@ -7,7 +7,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "runtime/storage/location.h"
 #include "runtime/storage/name_pattern.h"
@@ -35,6 +38,8 @@ namespace {
 
 /// How often a folder is emptied that somebody keeps filling.
 constexpr int mostRounds = 64;
+/// So many looks take longer than to start a thread for half of them.
+constexpr std::size_t worthAThread = 1024;
 
 /// Links followed. Raises `vfs::Exception` when the system cannot tell.
 bool isThere(const AbsoluteIRI& location, struct ::stat& status) {
@@ -57,6 +62,41 @@ bool isWritableAt(const AbsoluteIRI& location, const struct ::stat& status) {
     const Place place(location);
     return ::faccessat(place.folder(), place.name(), W_OK, AT_EACCESS) == 0;
 }
+
+/// A folder, held open, in which something new may be made: of many locations in one folder, those where
+/// nothing stands need no more than one look each.
+class WritableFolder {
+public:
+    /// Whether nothing stands at the location, and it may be made. False, too, where it takes a closer look.
+    bool hasRoomFor(const AbsoluteIRI& location) {
+        const std::u16string_view path = location.parts().path;
+        const std::size_t slash = path.rfind(u'/');
+        if (location.parts().found || slash == 0 || slash == std::u16string_view::npos) return false;
+        if (path.substr(0, slash) != path_) open(path.substr(0, slash), location);
+        std::string name;
+        struct ::stat status {};
+        return folder_ && text::toBytes(path.substr(slash + 1), name) &&
+               name.find('\0') == std::string::npos &&
+               ::fstatat(folder_.get(), name.c_str(), &status, 0) != 0 && errno == ENOENT;
+    }
+
+private:
+    void open(std::u16string_view path, const AbsoluteIRI& location) {
+        path_ = path;
+        folder_ = {};
+        const AbsoluteIRI above = location.getParent();
+        std::string bytes;
+        struct ::stat status {};
+        if (!posix::nativePathOf(above, bytes)) return;
+        int systemError = 0;
+        FileDescriptor folder = posix::openFolderByPath(bytes, systemError);
+        if (folder && ::fstat(folder.get(), &status) == 0 && isWritableAt(above, status))
+            folder_ = std::move(folder);
+    }
+
+    std::u16string path_;
+    FileDescriptor folder_;
+};
 
 bool leadsToFolder(int folder, const char* name) noexcept {
     struct ::stat status {};
@@ -95,6 +135,28 @@ bool LocalProvider::isWritable(const AbsoluteIRI& location) {
     return isThere(parent, status) && S_ISDIR(status.st_mode) && isWritableAt(parent, status);
 }
 
+std::size_t LocalProvider::firstUnwritable(std::span<const AbsoluteIRI> locations,
+                                           const std::function<void()>& onFailure) {
+    std::vector<char> hasRoom(locations.size());
+    const auto lookAt = [&](std::size_t begin, std::size_t end) {
+        WritableFolder folder;
+        for (std::size_t i = begin; i < end; ++i)
+            hasRoom[i] = folder.hasRoomFor(locations[i]);
+    };
+    const bool isSplit = locations.size() >= worthAThread && std::thread::hardware_concurrency() > 1;
+    const std::size_t middle = isSplit ? locations.size() / 2 : 0;
+    {
+        std::jthread firstHalf;
+        if (isSplit) firstHalf = std::jthread([&] { lookAt(0, middle); });
+        lookAt(middle, locations.size());
+    }
+    for (std::size_t i = 0; i < locations.size(); ++i) {
+        if (hasRoom[i] != 0) continue;
+        if (Provider::firstUnwritable(locations.subspan(i, 1), onFailure) == 0) return i;
+    }
+    return locations.size();
+}
+
 void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
     const Place place(location);
     // A link that a listing gave stands for itself: what it leads to may lie outside of what is worked on.
@@ -125,7 +187,7 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
         const bool isFolder =
             entry.kind == posix::EntryKind::folder ||
             (entry.kind == posix::EntryKind::link && leadsToFolder(folder.get(), entry.name));
-        listed.push_back({std::move(name), isFolder, nullptr});
+        listed.push_back({std::move(name), isFolder, entry.kind == posix::EntryKind::file, nullptr});
     }
     if (systemError != 0) raiseSystemError(systemError, location, u"listing");
     if (const auto found = posix::FoundFolder::keep(std::move(folder), location)) {

@@ -11,19 +11,23 @@
 #include <utility>
 #include <vector>
 
+#include "runtime/storage/location.h"
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_transfer.h"
 #include "runtime/storage/providers/local/posix/local_times.h"
+#include "runtime/storage/providers/local/posix/open_for_reading.h"
 #include "runtime/storage/providers/local/posix/place.h"
 
 namespace korvex::runtime::storage {
 
 namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
+using posix::EntryAt;
 using posix::FileDescriptor;
 using posix::FileTransfer;
+using posix::Links;
 using posix::Place;
 using posix::raiseSystemError;
 
@@ -36,11 +40,11 @@ public:
         // What is no regular file is not even opened: that may change what a device or pipe does.
         if (::fstatat(place.folder(), place.name(), &status_, 0) != 0)
             raiseSystemError(errno, location_, u"reading");
-        requireFile();
-        file_ = FileDescriptor(
-            ::openat(place.folder(), place.name(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-        if (!file_ || ::fstat(file_.get(), &status_) != 0) raiseSystemError(errno, location_, u"reading");
-        requireFile();
+        if (S_ISDIR(status_.st_mode)) raiseSystemError(EISDIR, location_, u"reading");
+        if (!S_ISREG(status_.st_mode)) raiseSystemError(EOPNOTSUPP, location_, u"reading");
+        int systemError = 0;
+        file_ = posix::openForReading({place.folder(), place.name()}, Links::follow, status_, systemError);
+        if (systemError != 0) raiseSystemError(systemError, location_, u"reading");
     }
 
     std::size_t read(std::span<std::byte> buffer) override {
@@ -59,36 +63,52 @@ public:
     }
 
 private:
-    void requireFile() const {
-        if (S_ISDIR(status_.st_mode)) raiseSystemError(EISDIR, location_, u"reading");
-        if (!S_ISREG(status_.st_mode)) raiseSystemError(EOPNOTSUPP, location_, u"reading");
-    }
-
     const AbsoluteIRI location_;
     FileDescriptor file_;
     struct ::stat status_ {};
 };
 
-/// Writes under a temporary name beside the file, and renames at the end.
+/// Where a file is written: in this very folder from beginning to end, whatever becomes of the path to it.
+class WrittenPlace {
+public:
+    explicit WrittenPlace(const AbsoluteIRI& location) {
+        // A link that somebody named is followed. One in a folder that a listing gave is what gets replaced:
+        // what it leads to may lie outside of what is worked on.
+        const Place place(location.parts().found ? location : posix::behindLink(location));
+        const std::string folder = posix::beside({place.folder(), place.name()}, ".");
+        folder_ = FileDescriptor(::openat(place.folder(), folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!folder_) raiseSystemError(errno, location, u"writing");
+        name_ = place.lastComponent();
+        if (name_.empty()) name_ = ".";
+    }
+
+    EntryAt entry() const noexcept { return {folder_.get(), name_.c_str()}; }
+    EntryAt temporary() const noexcept { return {folder_.get(), temporaryName_.c_str()}; }
+
+private:
+    FileDescriptor folder_;
+    std::string name_;
+    const std::string temporaryName_ = posix::temporaryName();
+};
+
+/// Writes under a temporary name beside the file, and renames at the end. A listing shows that name meanwhile:
+/// transfers count on it to get hold of a folder that is empty otherwise.
 class LocalOutputStream : public OutputStream {
 public:
     LocalOutputStream(const AbsoluteIRI& location, ReplacementPolicy policy)
-        : location_(location),
-          policy_(policy),
-          final_(posix::behindLink(location)),
-          temporary_(final_, posix::temporaryName()) {
+        : location_(location), policy_(policy), place_(location) {
         raiseUnlessReplaceable();
         // Others must not come to read what is to replace something that they cannot read.
         struct ::stat standing {};
-        const bool isReplacing = ::fstatat(final_.folder(), final_.name(), &standing, 0) == 0;
-        file_ = FileDescriptor(::openat(temporary_.folder(), temporary_.name(),
-                                        O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
-                                        isReplacing ? 0600 : 0666));
+        const mode_t mode = lookAtReplaced(standing) ? 0600 : 0666;
+        const EntryAt temporary = place_.temporary();
+        constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+        file_ = FileDescriptor(::openat(temporary.folder, temporary.name, flags, mode));
         isMade_ = static_cast<bool>(file_);
         if (!file_) raiseSystemError(errno, location_, u"writing");
     }
     ~LocalOutputStream() override {
-        if (isMade_) ::unlinkat(temporary_.folder(), temporary_.name(), 0);
+        if (isMade_) ::unlinkat(place_.temporary().folder, place_.temporary().name, 0);
     }
     LocalOutputStream(const LocalOutputStream&) = delete;
     LocalOutputStream& operator=(const LocalOutputStream&) = delete;
@@ -109,7 +129,9 @@ public:
         int systemError = giveAttributes();
         if (systemError == 0) systemError = file_.close();
         if (systemError != 0) raiseSystemError(systemError, location_, u"writing");
-        if (::renameat(temporary_.folder(), temporary_.name(), final_.folder(), final_.name()) != 0) {
+        const EntryAt from = place_.temporary();
+        const EntryAt to = place_.entry();
+        if (::renameat(from.folder, from.name, to.folder, to.name) != 0) {
             raiseSystemError(errno == EISDIR ? EEXIST : errno, location_, u"writing");
         }
         isMade_ = false;
@@ -135,13 +157,14 @@ private:
     /// at it still can, and nobody else. 0 or the errno.
     int takeOver(struct ::stat& made, mode_t& bits) const {
         struct ::stat earlier {};
-        if (::fstatat(final_.folder(), final_.name(), &earlier, 0) != 0) return 0;
+        if (!lookAtReplaced(earlier)) return 0;
         posix::giveOwner(file_.get(), earlier, made);
         if (const int systemError = posix::removeInheritedAccessLists(file_.get(), made.st_mode, {}))
             return systemError;
         bits = earlier.st_mode & 0777;
-        const FileDescriptor opened(::openat(final_.folder(), final_.name(),
-                                             O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW));
+        int systemError = 0;
+        const FileDescriptor opened =
+            posix::openForReading(place_.entry(), Links::tellApart, earlier, systemError);
         if (!opened) {
             // If it has a list, its group's bits are not what its group may.
             bits &= 0707;
@@ -152,16 +175,22 @@ private:
         return posix::copyExtendedAttributes(opened.get(), file_.get(), accessList, made).systemError;
     }
 
+    /// False when there is no file that hands anything on.
+    bool lookAtReplaced(struct ::stat& status) const noexcept {
+        const EntryAt entry = place_.entry();
+        return ::fstatat(entry.folder, entry.name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+               S_ISREG(status.st_mode);
+    }
+
     void raiseUnlessReplaceable() const {
         const FileTransfer transfer(policy_);
-        const int systemError = transfer.mayReplace({final_.folder(), final_.name()});
+        const int systemError = transfer.mayReplace(place_.entry());
         if (systemError != 0) raiseSystemError(systemError, location_, u"writing");
     }
 
     const AbsoluteIRI location_;
     const ReplacementPolicy policy_;
-    const Place final_;
-    const Place temporary_;
+    const WrittenPlace place_;
     FileDescriptor file_;
     bool isMade_ = false;
     FileAttributes attributes_;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "runtime/storage/providers/local/local_provider.h"
+#include "runtime/storage/providers/local/posix/copies_ahead.h"
 #include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_progress.h"
@@ -217,6 +218,12 @@ void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     stopIfInterrupted(source);
     ProgressCounter counter;
     const auto location = [&] { return source; };
+    std::uint64_t bytes = 0;
+    posix::CopiesAhead* const ahead = posix::CopiesAhead::ofThisThread();
+    if (ahead != nullptr && ahead->takeNext(source, destination, policy, bytes)) {
+        counter.found(1, bytes);
+        return counter.finished(1, bytes, location);
+    }
     posix::FileProgress progress(counter, location);
     const Place from(source);
     const Place to(destination);
@@ -224,6 +231,10 @@ void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     raiseIfFailed(transfer.copyFollowing(entryAt(from), entryAt(to), progress.watcher()), source, destination,
                   copying);
     progress.finish();
+}
+
+std::unique_ptr<WorkAhead> LocalProvider::copyAhead(std::vector<FilePair> files, ReplacementPolicy policy) {
+    return std::make_unique<posix::CopiesAhead>(std::move(files), policy);
 }
 
 void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,

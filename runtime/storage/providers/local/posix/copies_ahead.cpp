@@ -1,0 +1,158 @@
+// Copies of single files that are made before they are asked for.
+#include "runtime/storage/providers/local/posix/copies_ahead.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <utility>
+
+#include "runtime/storage/location.h"
+#include "runtime/storage/providers/local/posix/place.h"
+
+namespace korvex::runtime::storage::posix {
+
+namespace {
+
+/// So many files may be made ahead; few enough to be taken back at once.
+constexpr std::size_t mostAhead = 128;
+/// A larger file takes its time without help.
+constexpr off_t mostBytes = off_t{1} << 20;
+constexpr unsigned mostThreads = 3;
+
+thread_local CopiesAhead* ofThread = nullptr;
+
+EntryAt entryAt(const Place& place) noexcept { return {place.folder(), place.name()}; }
+
+}  // namespace
+
+CopiesAhead::CopiesAhead(std::vector<FilePair> files, ReplacementPolicy policy)
+    : files_(std::move(files)), policy_(policy), transfer_(policy), states_(files_.size()), made_(mostAhead) {
+    // The caller copies too.
+    const unsigned threads = std::min(std::max(std::thread::hardware_concurrency(), 1U) - 1, mostThreads);
+    ofThread = this;
+    for (unsigned i = 0; i < threads; ++i)
+        threads_.emplace_back([this] { work(); });
+}
+
+CopiesAhead::~CopiesAhead() {
+    withdraw();
+    ofThread = nullptr;
+}
+
+CopiesAhead* CopiesAhead::ofThisThread() noexcept { return ofThread; }
+
+bool CopiesAhead::takeNext(const AbsoluteIRI& source, const AbsoluteIRI& destination,
+                           ReplacementPolicy policy, std::uint64_t& bytes) {
+    Lock lock(mutex_);
+    const bool isExpected = !isStopped_ && next_ < files_.size() && policy == policy_ &&
+                            files_[next_].first == source && files_[next_].second == destination;
+    const State outcome = isExpected ? outcomeOf(next_, lock) : State::failed;
+    const bool isMade = outcome == State::made;
+    if (isMade || (outcome == State::tooLarge && isVacant(next_))) {
+        bytes = static_cast<std::uint64_t>(made_[next_ % mostAhead].st_size);
+        ++next_;
+        lock.unlock();
+        changed_.notify_one();
+        return isMade;
+    }
+    lock.unlock();
+    withdraw();
+    return false;
+}
+
+/// Whether nothing stands at the destination, no link either.
+bool CopiesAhead::isVacant(std::size_t index) const {
+    struct ::stat status {};
+    const Place place(files_[index].second);
+    return ::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT;
+}
+
+/// Waits for a file that another thread has begun; not idly, as long as there is another one to copy.
+CopiesAhead::State CopiesAhead::outcomeOf(std::size_t index, Lock& lock) {
+    while (states_[index] == State::waiting || states_[index] == State::underWay) {
+        std::size_t another = 0;
+        if (!claim(another)) {
+            changed_.wait(lock);
+            continue;
+        }
+        lock.unlock();
+        copy(another);
+        lock.lock();
+    }
+    return states_[index];
+}
+
+bool CopiesAhead::claim(std::size_t& index) {
+    if (unclaimed_ == files_.size() || unclaimed_ >= next_ + mostAhead) return false;
+    index = unclaimed_++;
+    states_[index] = State::underWay;
+    return true;
+}
+
+void CopiesAhead::work() {
+    Lock lock(mutex_);
+    while (!isStopped_ && unclaimed_ < files_.size()) {
+        std::size_t index = 0;
+        if (!claim(index)) {
+            changed_.wait(lock);
+            continue;
+        }
+        lock.unlock();
+        copy(index);
+        lock.lock();
+    }
+}
+
+/// Without the lock, for a file that was claimed.
+void CopiesAhead::copy(std::size_t index) {
+    struct ::stat made {};
+    State outcome = State::failed;
+    try {
+        const Place from(files_[index].first);
+        const Place to(files_[index].second);
+        const bool isKnownFile = files_[index].first.parts().isKnownFile;
+        const Failure failure =
+            transfer_.copyOntoNothing(entryAt(from), isKnownFile, entryAt(to), mostBytes, made);
+        if (!failure) outcome = State::made;
+        if (failure.systemError == EFBIG) outcome = State::tooLarge;
+    } catch (const std::exception&) {
+        // Left to the ordinary way, which says what is the matter.
+    }
+    {
+        const Lock lock(mutex_);
+        states_[index] = outcome;
+        made_[index % mostAhead] = made;
+    }
+    changed_.notify_all();
+}
+
+void CopiesAhead::withdraw() {
+    {
+        const Lock lock(mutex_);
+        isStopped_ = true;
+    }
+    changed_.notify_all();
+    for (std::thread& thread : threads_)
+        thread.join();
+    threads_.clear();
+    for (; next_ < unclaimed_; ++next_)
+        if (states_[next_] == State::made) takeBack(next_);
+}
+
+/// Unless somebody has changed it, or put another one in its place.
+void CopiesAhead::takeBack(std::size_t index) noexcept {
+    try {
+        const Place place(files_[index].second);
+        struct ::stat now {};
+        const bool isThere = ::fstatat(place.folder(), place.name(), &now, AT_SYMLINK_NOFOLLOW) == 0;
+        if (isThere && isUnchanged(made_[index % mostAhead], now))
+            ::unlinkat(place.folder(), place.name(), 0);
+    } catch (const std::exception&) {
+        // It stays, whole.
+    }
+}
+
+}  // namespace korvex::runtime::storage::posix
