@@ -32,6 +32,8 @@ std::vector<ListedEntry> Provider::list(const AbsoluteIRI& folder, std::u16strin
     throw vfs::Exception(vfs::unsupportedOperation, folder, u"listing");
 }
 
+std::shared_ptr<const FoundPlace> Provider::hold(const AbsoluteIRI&) { return nullptr; }
+
 std::unique_ptr<InputStream> Provider::read(const AbsoluteIRI& file) {
     throw vfs::Exception(vfs::unsupportedOperation, file, u"reading");
 }

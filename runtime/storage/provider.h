@@ -110,8 +110,14 @@ public:
                                         const std::function<void()>& onFailure);
     virtual void setWritable(const AbsoluteIRI& location, bool isWritable);
 
-    /// The entries whose names match the pattern (NamePattern), sorted by 16-bit unit.
+    /// The entries whose names match the pattern (NamePattern), sorted by 16-bit unit. This and the removals,
+    /// but for `RemoveEmptyFolder`, look at a pending interrupt first.
     virtual std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern);
+
+    /// Keeps a folder as a listing does, so that entries which `foundLocation` names in it are found there
+    /// and nowhere else. Null, as by default: entries go by path. Of a folder that is itself kept or known to
+    /// be one, a link in its place is not followed.
+    virtual std::shared_ptr<const FoundPlace> hold(const AbsoluteIRI& folder);
 
     /// The content of a file, links followed. `resourceNotFound` when nothing is there, `invalidLocation` for
     /// a folder.

@@ -8,9 +8,14 @@
 // (`readOnlyProvider`), or when the folder that holds what is to be moved may not be written
 // (`permissionDenied` at the source).
 //
+// No link is followed below the folders that were named, on neither side, also one that somebody puts in the
+// place of a folder meanwhile. A folder that meets a link there raises `resourceAlreadyExists`; a file
+// replaces the link itself. A folder that may not be listed is not copied into.
+//
 // A move has its copy outlive a loss of power before it begins to remove, and removes what it has copied and
 // what is as it was then; anything else stays, and raises `resourceInUse` where it stands. For that it
-// remembers name, size and time of every file it copies.
+// remembers name, size and time of every file it copies, some 100 bytes each, and waits for some milliseconds
+// where one more change to a file could leave its time the same.
 //
 // Between files and between buffers a pending interrupt ends the operation (transfer_progress.h).
 #pragma once

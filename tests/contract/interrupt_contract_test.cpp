@@ -69,8 +69,10 @@ INSTANTIATE_TEST_SUITE_P(Contract, Interrupted, testing::ValuesIn(providersWith(
                          nameOfProvider);
 
 TEST_P(Interrupted, ACopyStopsAndLeavesWholeFilesOnly) {
-    const ImpatientUser user(20);
-    expectInterrupted([&] { copyFolder(u"source", u"copy", ReplaceWritable); });
+    {
+        const ImpatientUser user(20);
+        expectInterrupted([&] { copyFolder(u"source", u"copy", ReplaceWritable); });
+    }
     EXPECT_LT(wholeFilesIn(u"copy"), files);
     EXPECT_EQ(wholeFilesIn(u"source"), files);
 }
@@ -94,10 +96,22 @@ TEST_P(Interrupted, APendingInterruptKeepsEverythingFromBeginning) {
     expectInterrupted([&] { copyFolder(u"source", u"copy", ReplaceWritable); });
     expectInterrupted([&] { moveFolder(u"source", u"moved", ReplaceWritable); });
     expectInterrupted([&] { folderHandle(u"source").removeFolder(vfs::RemoveWithContents); });
+    expectInterrupted([&] { fileHandle(u"source/d/f").removeFile(); });
+    expectInterrupted([&] { folderHandle(u"source").listAll(u""); });
     runtime::interpreter::takeInterrupt();
     expectNothing(u"copy");
     expectNothing(u"moved");
     EXPECT_EQ(wholeFilesIn(u"source"), files);
+}
+
+TEST_P(Interrupted, AnEmptyFolderCanBeTakenBackAllTheSame) {
+    provider_->makeFolder(u"made");
+    runtime::interpreter::raiseInterrupt();
+    folderHandle(u"made").removeFolder(vfs::RemoveEmptyFolder);
+    expectError(vfs::folderNotEmpty, u"source",
+                [&] { folderHandle(u"source").removeFolder(vfs::RemoveEmptyFolder); });
+    EXPECT_TRUE(runtime::interpreter::takeInterrupt());
+    expectNothing(u"made");
 }
 
 TEST_P(Interrupted, ARemovalStopsAndCanBeFinished) {

@@ -24,6 +24,11 @@ constexpr Route routes[] = {
     {"fileToFile", makeLocalProviderUnderTest, makeLocalProviderUnderTest},
 };
 
+constexpr Route routesToLinks[] = {
+    {"memoryToFile", makeMemoryProviderUnderTest, makeLocalProviderUnderTest},
+    {"fileToFile", makeLocalProviderUnderTest, makeLocalProviderUnderTest},
+};
+
 constexpr Route routesFromTheWeb[] = {
     {"httpToMemory", makeHttpProviderUnderTest, makeMemoryProviderUnderTest},
     {"httpsToFile", makeHttpsProviderUnderTest, makeLocalProviderUnderTest},
@@ -180,6 +185,45 @@ TEST_P(TransfersBetween, AProtectedFolderArrivesAsOneWithEverythingInIt) {
     EXPECT_EQ(treeOf(*to_, u"copy"), before);
     EXPECT_FALSE(to_->hasWriteBits(u"copy/inner"));
     EXPECT_TRUE(to_->hasWriteBits(u"copy"));
+}
+
+class TransfersToLinks : public TransfersBetween {};
+
+INSTANTIATE_TEST_SUITE_P(Contract, TransfersToLinks, testing::ValuesIn(routesToLinks), nameOfRoute);
+
+TEST_P(TransfersToLinks, AFolderFurtherDownDoesNotGoThroughALink) {
+    from_->makeFile(u"folder/inner/file", "new");
+    to_->makeFile(u"elsewhere/file", "old");
+    to_->makeLink(u"target/inner", u"../elsewhere");
+    for (const ReplacementPolicy policy : mergingPolicies) {
+        expectFailure(vfs::resourceAlreadyExists, to_->locationOf(u"target/inner"),
+                      [&] { sourceFolder(u"folder").copyFolder(targetFolder(u"target"), policy); });
+        expectFailure(vfs::resourceAlreadyExists, to_->locationOf(u"target/inner"),
+                      [&] { sourceFolder(u"folder").moveFolder(targetFolder(u"target"), policy); });
+    }
+    EXPECT_EQ(to_->contentOf(u"elsewhere/file"), "old");
+    EXPECT_EQ(from_->contentOf(u"folder/inner/file"), "new");
+}
+
+TEST_P(TransfersToLinks, AFileFurtherDownReplacesTheLink) {
+    from_->makeFile(u"folder/file", "new");
+    to_->makeFile(u"elsewhere/file", "old");
+    to_->makeLink(u"target/file", u"../elsewhere/file");
+    sourceFolder(u"folder").copyFolder(targetFolder(u"target"), MergeFolder);
+    EXPECT_EQ(to_->contentOf(u"elsewhere/file"), "old");
+    EXPECT_EQ(to_->contentOf(u"target/file"), "new");
+}
+
+TEST_P(TransfersToLinks, ADestinationThatIsNamedByALinkIsFollowed) {
+    from_->makeFile(u"folder/file", "new");
+    to_->makeFile(u"elsewhere/other", "old");
+    to_->makeFile(u"single", "old");
+    to_->makeLink(u"target", u"elsewhere");
+    to_->makeLink(u"link", u"single");
+    sourceFolder(u"folder").copyFolder(targetFolder(u"target"), MergeFolder);
+    source(u"folder/file").copyFile(target(u"link"), ReplaceWritable);
+    EXPECT_EQ(to_->contentOf(u"elsewhere/file"), "new");
+    EXPECT_EQ(to_->contentOf(u"single"), "new");
 }
 
 class TransfersFromTheWeb : public TransfersBetween {};

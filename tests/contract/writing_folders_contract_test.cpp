@@ -144,7 +144,7 @@ TEST_P(WritingFolders, WhatIsNoFolderCannotBeTransferredAsOne) {
 TEST_P(WritingFolders, AFolderDoesNotGoIntoItsOwnSubtree) {
     makeTree(u"source");
     for (const std::u16string destination :
-         {u"source/new", u"source/inner/new", u"source/inner", u"source"}) {
+         {u"source/new", u"source/inner/new", u"source/inner", u"source", u"source/missing/further/new"}) {
         SCOPED_TRACE(runtime::text::toDisplayBytes(destination));
         for (const ReplacementPolicy policy : mergingPolicies) {
             expectError(vfs::invalidLocation, destination,

@@ -116,6 +116,9 @@ public:
     bool isWritable(const AbsoluteIRI& location) override;
     void setWritable(const AbsoluteIRI& location, bool isWritable) override;
     std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern) override;
+    std::shared_ptr<const FoundPlace> hold(const AbsoluteIRI& folder) override {
+        return wrapped_->hold(folder);
+    }
     std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override;
     std::unique_ptr<OutputStream> write(const AbsoluteIRI& file, ReplacementPolicy policy) override;
     void copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,

@@ -223,6 +223,55 @@ TEST_F(Transfers, AMovedFileThatChangedMeanwhileStays) {
     EXPECT_THAT(destination.asked, ElementsAre("memory://box/moved"));
 }
 
+/// Keeps times in steps, as file systems do, and lets something happen when the content of a file is read.
+class WithCoarseTimes : public MemoryProvider {
+public:
+    std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override {
+        return std::make_unique<Stream>(*this, MemoryProvider::read(file));
+    }
+    std::function<void()> whenContentIsRead;
+
+private:
+    class Stream : public InputStream {
+    public:
+        Stream(WithCoarseTimes& storage, std::unique_ptr<InputStream> exact)
+            : storage_(storage), exact_(std::move(exact)) {}
+        std::size_t read(std::span<std::byte> buffer) override {
+            if (storage_.whenContentIsRead) std::exchange(storage_.whenContentIsRead, nullptr)();
+            return exact_->read(buffer);
+        }
+        FileAttributes attributes() const override {
+            using Step = std::chrono::duration<std::int64_t, std::centi>;
+            FileAttributes attributes = exact_->attributes();
+            attributes.changed = std::chrono::floor<Step>(attributes.changed.value());
+            return attributes;
+        }
+
+    private:
+        WithCoarseTimes& storage_;
+        const std::unique_ptr<InputStream> exact_;
+    };
+};
+
+TEST_F(Transfers, AMovedFileThatChangesTwiceInOneStepOfTheClockStays) {
+    WithCoarseTimes source;
+    for (const std::u16string path : {u"file", u"folder/file"}) {
+        source.putFile(MemoryBox::at(path), "content");
+        source.whenContentIsRead = [&] { source.putFile(MemoryBox::at(path), "CONTENT"); };
+        EXPECT_THAT(errorOf([&] {
+                        if (path == u"file") {
+                            moveFileBetween({source, MemoryBox::at(path)}, to_.served(u"moved"),
+                                            provider::ReplaceWritable);
+                        } else {
+                            moveFolderBetween({source, MemoryBox::at(u"folder")}, to_.served(u"movedFolder"),
+                                              provider::ReplaceWritable);
+                        }
+                    }),
+                    Pair(vfs::resourceInUse, text::toDisplayBytes(MemoryBox::at(path).toString())));
+        EXPECT_EQ(source.existence(MemoryBox::at(path)), provider::AsFile);
+    }
+}
+
 TEST_F(Transfers, OfAMovedFolderWhatChangedOrCameMeanwhileStays) {
     struct Change {
         std::u16string path;
@@ -333,6 +382,16 @@ TEST_F(Transfers, AVeryDeepFolderIsCopied) {
                       provider::ReplaceWritable);
     path.replace(0, 6, u"copy");
     EXPECT_EQ(to_.contentOf(path + u"/file"), "at the end");
+}
+
+TEST_F(Transfers, AFolderDoesNotGoIntoMissingFoldersOfItsOwnSubtree) {
+    from_.put(u"folder/file");
+    const ServedLocation folder{*from_.memory, MemoryBox::at(u"folder")};
+    const ServedLocation below{*from_.memory, MemoryBox::at(u"folder/missing/further/copy")};
+    EXPECT_THAT(errorOf([&] { copyFolderBetween(folder, below, provider::ReplaceWritable); }),
+                Pair(vfs::invalidLocation, "memory://box/folder/missing/further/copy"));
+    EXPECT_THAT(errorOf([&] { moveFolderBetween(folder, below, provider::ReplaceWritable); }),
+                Pair(vfs::invalidLocation, "memory://box/folder/missing/further/copy"));
 }
 
 TEST_F(Transfers, NothingIsAskedOfTheSourceWhenTheDestinationOnlyReads) {

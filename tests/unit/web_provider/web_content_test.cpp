@@ -1,5 +1,6 @@
 // Reading the content of web locations: in full or not at all, and no faster than somebody reads.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <array>
 #include <chrono>
@@ -10,6 +11,7 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/transfer_progress.h"
+#include "tests/unit/web_provider/one_answer_server.h"
 #include "tests/unit/web_provider/web_questions.h"
 
 namespace korvex::tests {
@@ -45,6 +47,22 @@ std::string manyBytes(std::size_t size) {
     bytes.resize(size);
     return bytes;
 }
+
+/// Lets the process have only so many open files for as long as the object lives.
+class FewOpenFiles {
+public:
+    explicit FewOpenFiles(::rlim_t most) {
+        ::getrlimit(RLIMIT_NOFILE, &earlier_);
+        const struct ::rlimit few { most, earlier_.rlim_max };
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    }
+    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &earlier_); }
+    FewOpenFiles(const FewOpenFiles&) = delete;
+    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
+
+private:
+    struct ::rlimit earlier_ {};
+};
 
 class WebContent : public ::testing::Test {
 protected:
@@ -98,6 +116,17 @@ TEST_F(WebContent, TellsItsLengthAndItsTimeOfLastChange) {
               std::chrono::seconds(LoopbackWebServer::secondsOfDated));
     EXPECT_EQ(attributes.isWritable, std::nullopt);
     EXPECT_EQ(open("/endless")->attributes().size, std::nullopt);
+}
+
+TEST_F(WebContent, ATimeOfLastChangeThatDoesNotFitIsTheLastOneThatDoes) {
+    using Time = std::chrono::sys_time<std::chrono::nanoseconds>;
+    for (const std::string date : {"Thu, 12 Apr 2262 00:00:00 GMT", "Fri, 31 Dec 9999 23:59:59 GMT"}) {
+        const OneAnswerServer server(
+            "HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n"
+            "Last-Modified: " +
+            date + "\r\n\r\n");
+        EXPECT_EQ(web_.read(locationOf(server.address()))->attributes().changed, Time::max()) << date;
+    }
 }
 
 TEST_F(WebContent, ThatNobodyReadsIsNotSent) {
@@ -200,6 +229,25 @@ TEST_F(WebContent, MayTakeLongerThanARequestOnceItHasBegun) {
     while (isReadable && std::chrono::steady_clock::now() - begin < requestTimeout * 3 / 2)
         isReadable = stream->read(std::span(buffer).first(1)) > 0;
     EXPECT_TRUE(isReadable);
+}
+
+TEST_F(WebContent, WhenTheLibraryItselfFailsOnTheWayItIsAnInternalError) {
+    const auto stream = open("/stalling");
+    std::optional<vfs::Exception> failure;
+    {
+        // So few that the library cannot even wait for the connection that it has.
+        const FewOpenFiles few(1);
+        try {
+            std::array<std::byte, 10> buffer{};
+            stream->read(buffer);
+        } catch (const vfs::Exception& raised) {
+            failure = raised;
+        }
+    }
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->getErrorCode(), vfs::internalError);
+    EXPECT_EQ(failure->getLocation(), locationOn(server_, "/stalling"));
+    EXPECT_FALSE(failure->getSystemText().empty());
 }
 
 TEST_F(WebContent, TextThatIsNoAddressIsRefused) {

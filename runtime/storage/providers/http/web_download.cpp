@@ -17,6 +17,13 @@ constexpr int longestPollMilliseconds = 100;
 
 bool isSuccess(long status) noexcept { return status >= 200 && status < 300; }
 
+/// Of seconds since 1970; one that does not fit is the last one that does.
+std::chrono::sys_time<std::chrono::nanoseconds> timeOf(curl_off_t seconds) noexcept {
+    using Time = std::chrono::sys_time<std::chrono::nanoseconds>;
+    const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+    return time > std::chrono::floor<std::chrono::seconds>(Time::max()) ? Time::max() : Time(time);
+}
+
 void require(CURLMcode code) {
     if (code == CURLM_OUT_OF_MEMORY) throw std::bad_alloc();
     if (code != CURLM_OK) throw WebSetupError(curl_multi_strerror(code));
@@ -92,8 +99,7 @@ FileAttributes WebDownload::attributes() const {
     if (length >= 0) attributes.size = static_cast<std::uint64_t>(length);
     curl_off_t changed = -1;
     curl_easy_getinfo(handle_.get(), CURLINFO_FILETIME_T, &changed);
-    if (changed >= 0)
-        attributes.changed = std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::seconds(changed));
+    if (changed >= 0) attributes.changed = timeOf(changed);
     return attributes;
 }
 

@@ -92,12 +92,14 @@ public:
 
     void begin(const std::string& address) { requireContent(file_, download_->begin(address)); }
 
-    std::size_t read(std::span<std::byte> buffer) override {
+    std::size_t read(std::span<std::byte> buffer) override try {
         stopIfInterrupted(file_);
         const std::size_t count = download_->read(buffer);
         if (count > 0 || buffer.empty()) return count;
         if (const auto failure = download_->failure()) raiseFailure(file_, *failure, readingContent);
         return 0;
+    } catch (const WebSetupError& error) {
+        raiseFailure(file_, setupFailure(error), readingContent);
     }
     FileAttributes attributes() const override { return download_->attributes(); }
 

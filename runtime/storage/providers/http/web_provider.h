@@ -12,9 +12,9 @@
 //   unsupportedOperation  neither HEAD nor GET (405, 501); a redirect to another scheme than http and https,
 //                         or from https back to http
 //   ioError               no such host, no connection, no answer in time, a broken TLS handshake, more
-//                         redirects than allowed, 408 and all other statuses from 500 on; and an interrupt
-//   internalError         out of memory, a broken installation of certificates
-//   unknownError          any other status
+//                         redirects than allowed, 408 and all other statuses from 500 on
+//   internalError         out of memory, a broken installation of certificates, a library that cannot go on
+//   unknownError          any other status; and an interrupt, as `stopIfInterrupted` raises it
 //
 // The exception's location is the one that failed, so the last one of a chain of redirects.
 //
@@ -56,7 +56,7 @@ public:
     explicit WebProvider(WebOptions options = {});
     ~WebProvider() override;
 
-    /// A pending interrupt ends the request, with an `ioError` whose context says so; it stays pending.
+    /// A pending interrupt ends the request, with the exception of `stopIfInterrupted`; it stays pending.
     ExistenceType existence(const AbsoluteIRI& location) override;
     ExistenceTypeExtended extendedExistence(const AbsoluteIRI& location) override;
     /// The location itself, since only the server knows which of its addresses mean the same.

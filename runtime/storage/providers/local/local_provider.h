@@ -21,6 +21,7 @@ public:
                                 const std::function<void()>& onFailure) override;
     void setWritable(const AbsoluteIRI& location, bool isWritable) override;
     std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern) override;
+    std::shared_ptr<const FoundPlace> hold(const AbsoluteIRI& folder) override;
     std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override;
     std::unique_ptr<OutputStream> write(const AbsoluteIRI& file, ReplacementPolicy policy) override;
 

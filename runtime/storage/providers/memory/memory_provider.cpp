@@ -8,6 +8,7 @@
 
 #include "runtime/storage/location.h"
 #include "runtime/storage/name_pattern.h"
+#include "runtime/storage/transfer_progress.h"
 
 namespace korvex::runtime::storage {
 
@@ -106,6 +107,7 @@ void MemoryProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
 }
 
 std::vector<ListedEntry> MemoryProvider::list(const AbsoluteIRI& folder, std::u16string_view pattern) {
+    stopIfInterrupted(folder);
     const NamePattern wanted(pattern);
     const std::shared_lock lock(guard_);
     std::vector<ListedEntry> entries;

@@ -90,12 +90,14 @@ void MemoryProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& de
 
 void MemoryProvider::removeFile(const AbsoluteIRI& file) {
     const std::unique_lock lock(guard_);
+    stopIfInterrupted(file);
     takenAt(file, provider::AsFile).take();
 }
 
 void MemoryProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy policy) {
     const std::unique_lock lock(guard_);
-    stopIfInterrupted(folder);
+    // What was made in vain is taken back after an interrupt too, and that is asked for with this policy.
+    if (policy != vfs::RemoveEmptyFolder) stopIfInterrupted(folder);
     ProgressCounter progress;
     const MemoryEntry removed = takenAt(folder, provider::AsFolder);
     if (policy == vfs::RemoveEmptyFolder && !removed.node->children.empty())

@@ -15,6 +15,7 @@
 #include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
+#include "runtime/storage/providers/local/posix/open_for_reading.h"
 
 namespace korvex::runtime::storage::posix {
 
@@ -22,8 +23,6 @@ namespace {
 
 using foundation::storage::provider::ReplaceAny;
 
-/// Never waits for the other end of a pipe, and never makes a terminal the process's own.
-constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 /// A file of at most this size, one page, is written with one call, which not even a kill interrupts.
 constexpr off_t writtenAtOnce = 4096;
 /// How often a file may change at the very moment at which it is looked at.
@@ -172,10 +171,9 @@ bool FileTransfer::isWrittenAtOnce(const SourceFile& source) noexcept {
 }
 
 Failure FileTransfer::open(EntryAt source, Links links, SourceFile& opened) const {
-    const int flags = links == Links::follow ? readFlags : readFlags | O_NOFOLLOW;
-    opened.file = FileDescriptor(::openat(source.folder, source.name, flags));
-    if (!opened.file || ::fstat(opened.file.get(), &opened.status) != 0) return {errno, sourceSide};
-    return {unlessFile(opened.status), sourceSide};
+    int systemError = 0;
+    opened.file = openForReading(source, links, opened.status, systemError);
+    return {systemError, sourceSide};
 }
 
 Failure FileTransfer::copyOpened(SourceFile& source, EntryAt destination, Links links,

@@ -19,6 +19,7 @@
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/folder_entries.h"
 #include "runtime/storage/providers/local/posix/folder_tree.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
 
 namespace korvex::runtime::storage::posix {
 
@@ -61,7 +62,6 @@ public:
 private:
     struct SourceFile;
     struct Standing;
-    enum class Links { follow, tellApart };
     /// Whether a copied file has to have reached the storage before it gets its name.
     enum class Durability { whenever, atOnce };
 

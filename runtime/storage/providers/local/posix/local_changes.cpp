@@ -199,6 +199,10 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
     return listed;
 }
 
+std::shared_ptr<const FoundPlace> LocalProvider::hold(const AbsoluteIRI& folder) {
+    return posix::FoundFolder::keep(openListedFolder(folder), folder);
+}
+
 void LocalProvider::removeFile(const AbsoluteIRI& file) {
     stopIfInterrupted(file);
     const Place place(file);

@@ -91,8 +91,8 @@ private:
     const std::string temporaryName_ = posix::temporaryName();
 };
 
-/// Writes under a temporary name beside the file, and renames at the end. A listing shows that name meanwhile:
-/// transfers count on it to get hold of a folder that is empty otherwise.
+/// Writes under a temporary name beside the file, and renames at the end. A listing shows that name
+/// meanwhile: transfers count on it to get hold of a folder that is empty otherwise.
 class LocalOutputStream : public OutputStream {
 public:
     LocalOutputStream(const AbsoluteIRI& location, ReplacementPolicy policy)

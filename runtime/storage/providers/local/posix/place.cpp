@@ -21,7 +21,7 @@ namespace {
 std::string nativeNameOf(const vfs::AbsoluteIRI& location) {
     const std::u16string_view path = location.parts().path;
     std::string bytes;
-    if (!text::toBytes(path.substr(path.rfind(u'/') + 1), bytes))
+    if (!text::toBytes(path.substr(path.rfind(u'/') + 1), bytes) || bytes.find('\0') != std::string::npos)
         throw vfs::Exception(vfs::invalidLocation, location);
     return bytes;
 }
