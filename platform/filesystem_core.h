@@ -135,7 +135,8 @@ public:
     ///
     /// A folder that cannot be listed makes the status a failure, the first of them being the one that is
     /// kept, and the rest is expanded all the same. Raises `fl::filesystem::PathNotFound` when the current
-    /// folder is needed and gone, `UnsupportedIRISchemeException` for a base of a scheme without a provider.
+    /// folder is needed and gone, `UnsupportedIRISchemeException` for a base of a scheme without a provider,
+    /// `vfs::Exception` when an interrupt is pending.
     void AddFiles(std::u16string name, boost::optional<foundation::storage::vfs::CanonicalAbsoluteIRI> base,
                   bool followsLinks, bool includesFolders, bool failsWithoutMatch);
 

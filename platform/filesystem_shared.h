@@ -22,7 +22,8 @@ bool startsWithSlashSlashOnWindows(const std::u16string& text) noexcept;
 bool exists(const std::u16string& path);
 
 /// Whether a path, or a text with a scheme, names a link, be its target there or not. A separator at the end
-/// does not count. Where nobody can tell, the answer is no; raises nothing.
+/// does not count. Where nobody can tell, the answer is no, and so it is for a web location, without a look;
+/// raises nothing.
 bool isSymlink(const std::u16string& text);
 
 /// The clean-ups below change their text in place and leave the root of a path alone.

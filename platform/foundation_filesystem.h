@@ -1,7 +1,9 @@
 // fl::filesystem: native paths as 16-bit text.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "platform/message_identifiers.h"
@@ -47,6 +49,78 @@ std::u16string canonical(const std::u16string& path, const std::u16string& base)
 /// folder, and nothing stands at the empty one. Raises `AccessDenied`, `PathNotFound` as `absolute`, and
 /// `vfs::Exception` when the storage fails in another way.
 bool exists(const std::u16string& path);
+
+/// What `status` tells of a file or folder, and what `permissions` changes.
+class file_status {
+public:
+    enum perms : std::uint32_t {
+        no_perms = 0,
+        archive_file = 0x0001,
+        hidden_file = 0x0002,
+        system_file = 0x0004,
+        owner_write = 0x0080,
+        /// In a mask: what becomes of the attributes that stand beside it.
+        perms_add = 0x1000,
+        perms_remove = 0x2000,
+    };
+
+    file_status(perms permissions, bool isDirectory) noexcept
+        : permissions_(permissions), isDirectory_(isDirectory) {}
+
+    perms permissions() const noexcept { return permissions_; }
+    bool is_directory() const noexcept { return isDirectory_; }
+
+private:
+    perms permissions_;
+    bool isDirectory_;
+};
+
+constexpr file_status::perms operator|(file_status::perms a, file_status::perms b) noexcept {
+    return static_cast<file_status::perms>(std::uint32_t{a} | std::uint32_t{b});
+}
+
+/// The attributes of what stands at a native path, links followed; of a link that leads nowhere, its own. A
+/// relative path is taken against the current folder.
+///
+/// On Windows these are the file's own attributes. Elsewhere archive, hidden and system are read from the
+/// extended attribute "user.DOSATTRIB", as Samba and Wine do: all three are clear where there is none and
+/// where it may not be read. A name that begins with a dot is hidden too. `owner_write` is the owner's write
+/// bit, whoever asks.
+///
+/// Raises `PathNotFound` as `absolute`, `AccessDenied`, and `vfs::Exception`: `resourceNotFound` when nothing
+/// is there.
+file_status status(const std::u16string& path);
+
+/// Sets (`perms_add`) or clears (`perms_remove`) the attributes of the mask at a native path, links followed;
+/// all others stay. What stands already as it shall is not written again. A name that begins with a dot
+/// stays hidden: what is changed is the attribute that is stored.
+///
+/// Raises as `status`; `AccessDenied` also for what may be looked at and not changed, and `vfs::Exception`
+/// with `unsupportedOperation` where the storage keeps no such attribute. Some of the attributes of the mask
+/// may be changed by then.
+void permissions(const std::u16string& path, file_status::perms mask);
+
+/// Changes the attributes of the files of a list, one after the other. What is opened for one path serves the
+/// next ones, so a list goes fastest folder by folder, each folder before what is in it.
+///
+/// Only `named`, the path that the user wrote, is followed where it is a link. Of the other paths a link is
+/// left alone, and folders below `named` are entered without following a link, even one that somebody puts
+/// there meanwhile. Trees may be of any depth.
+class ListedFiles {
+public:
+    /// `named` is absolute, or empty where the list has no such path.
+    explicit ListedFiles(std::u16string named);
+    ~ListedFiles();
+    ListedFiles(const ListedFiles&) = delete;
+    ListedFiles& operator=(const ListedFiles&) = delete;
+
+    /// As `fl::filesystem::permissions`, for an absolute path. Raises also when an interrupt is pending.
+    void permissions(const std::u16string& path, file_status::perms mask);
+
+private:
+    class OpenFolders;
+    std::unique_ptr<OpenFolders> folders_;
+};
 
 /// An absolute native path in the form of the standard library, every byte of a name kept. Empty, which is
 /// the path of nothing, for a text that is not absolute, holds a NUL, or has no bytes.

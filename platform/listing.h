@@ -40,9 +40,9 @@ using ListingDisplay = void (*)(std::vector<FileNameWithStatLight>& entries, con
 /// `*` matches any run of 16-bit units and `?` one unit; names compare as the platform's names do. The part
 /// `**` matches any number of folders, none included; as the last one it matches all entries below, too. An
 /// entry matched by a last part without wildcards is opened when it is a folder: its contents are listed in
-/// its stead. An empty pattern is `folder` itself. `.` and `..` are never listed, all other entries are.
-/// Links to folders are listed as folders, and walked into only where the pattern names them without
-/// wildcards.
+/// its stead; so is a folder whose path is the whole pattern, with every `?` in it and no `*`. An empty
+/// pattern is `folder` itself. `.` and `..` are never listed, all other entries are. Links to folders are
+/// listed as folders, and walked into only where the pattern names them without wildcards.
 ///
 /// Folders are visited depth first, each before what is in it, in the order of their names. Without a display
 /// the entries are added to `entries` in that order. With one, `entries` serves as a buffer: for each folder
@@ -64,8 +64,9 @@ bool ioGetDirListRecursive(const foundation::storage::vfs::AbsoluteIRI& folder, 
 
 /// Adds the entries of one folder whose names match the pattern (`*` and `?`; without wildcards that name) to
 /// `entries`, sorted by name in 16-bit units, folders not opened. `folder` is a path or a text with a scheme.
-/// Raises `vfs::Exception`, `resourceNotFound` when the folder is not there, and what `GetIRIFromString`
-/// raises.
+/// Only the name, the folder and `isDirectory` are filled in. No entry is looked at but links, which may lead
+/// to a folder, and any on file systems that tell names without their kinds. Raises `vfs::Exception`,
+/// `resourceNotFound` when the folder is not there, and what `GetIRIFromString` raises.
 void ioGetDirListVFS(const std::u16string& folder, std::u16string_view pattern,
                      std::vector<FileNameWithStatLight>& entries);
 

@@ -28,6 +28,13 @@ public:
     static bool IsOn();
 };
 
+/// The finding of functions and folders in packages.
+class ComponentFeature {
+public:
+    /// Whether it is in force: while the package manager is.
+    static bool IsOn();
+};
+
 namespace Constants {
 /// The file name of a package's definition file.
 extern const std::u16string PackageDefStr;

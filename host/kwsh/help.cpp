@@ -109,7 +109,8 @@ constexpr std::array hostCommandHelp = {
   package remove name                     its folder stays
   package list                            name and folder, one a line
   lines = package('list')                 a cell column
-  package off                             no such warnings, in all sessions, until: package on
+  package off                             no such warnings, and what leaves packages out, in all sessions, until:
+                                          package on
 )"},
     HelpEntry{"load", "reads the function of a source file, .k or .klx",
               R"(  load name                               found in the current folder or on the search path

@@ -1,12 +1,17 @@
 // The kept views. They belong to the interpreter's thread.
 #include "runtime/dispatcher/folder_views.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "platform/path_management.h"
 #include "runtime/dispatcher/function_cache.h"
+#include "runtime/dispatcher/path_entry_type.h"
 #include "runtime/dispatcher/path_locations.h"
+#include "runtime/storage/location.h"
 
 namespace korvex::runtime::dispatcher {
 
@@ -29,6 +34,18 @@ KeptViews& keptViews() {
 bool isSpecial(const std::u16string& name) {
     using namespace Velquist::PathManagement;
     return GetPathEntryTypeFromBaseName(name) != OrdinaryFolder;
+}
+
+/// Whether the path leads to or through a special subfolder, of whatever folder.
+bool hasSpecialComponent(const vfs::AbsoluteIRI& location) {
+    const std::u16string_view path = location.parts().path;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find(u'/', begin), path.size());
+        const auto type = pathEntryType(path.substr(begin, end - begin), paths::nativeStyle);
+        if (type != Velquist::PathManagement::OrdinaryFolder) return true;
+        begin = end + 1;
+    }
+    return false;
 }
 
 FolderView readView(const vfs::Folder& folder) {
@@ -71,7 +88,8 @@ void forgetFolderView(const vfs::AbsoluteIRI& folder) {
 }
 
 void forgetFolderViewsAbove(const vfs::AbsoluteIRI& location) {
-    if (keptViews().empty()) return;
+    // Where the canonical form lies is a question to the disk, and views know special subfolders only.
+    if (keptViews().empty() || !hasSpecialComponent(location)) return;
     vfs::CanonicalAbsoluteIRI above = nearestCanonicalLocation(location);
     while (above.hasParent()) {
         above = above.getParent();

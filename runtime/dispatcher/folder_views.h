@@ -24,7 +24,7 @@ std::shared_ptr<const FolderView> folderView(const foundation::storage::vfs::Can
 /// Forgets the view of one folder, however the location names it; it need not be there any more.
 void forgetFolderView(const foundation::storage::vfs::AbsoluteIRI& folder);
 
-/// Forgets the views of the folders above a location.
+/// A special subfolder may have come or gone with this location: forgets the views of the folders above it.
 void forgetFolderViewsAbove(const foundation::storage::vfs::AbsoluteIRI& location);
 
 /// Forgets all of them: each is read again when it is asked for.

@@ -2,12 +2,14 @@
 #include "runtime/dispatcher/function_cache.h"
 
 #include <algorithm>
+#include <array>
 
 #include "platform/dispatcher.h"
 #include "platform/foundation_filesystem.h"
 #include "platform/message_catalog.h"
 #include "platform/path_management.h"
 #include "runtime/dispatcher/environment_events.h"
+#include "runtime/dispatcher/folder_views.h"
 #include "runtime/dispatcher/path_locations.h"
 
 namespace korvex::runtime::dispatcher {
@@ -21,10 +23,7 @@ std::vector<CachedFunction>& functions() {
     return cache;
 }
 
-bool isExtension(const std::u16string& extension, std::u16string_view wanted) {
-    return fl::i18n::detail::compare(extension.data(), extension.size(), wanted.data(), wanted.size(),
-                                     fl::i18n::detail::case_insensitive) == 0;
-}
+constexpr std::array<std::u16string_view, 2> sourceExtensions{u".k", u".klx"};
 
 /// A source file goes by the name that was given for it, though that may be a link.
 std::u16string sourcePath(const vfs::AbsoluteIRI& file) {
@@ -40,8 +39,17 @@ void drop(const std::u16string& path) {
 }  // namespace
 
 bool isSourceFileName(const std::u16string& name) {
-    const std::u16string extension = fl::filesystem::detail::extract_extension(name);
-    return isExtension(extension, u"k") || isExtension(extension, u"klx");
+    return numberOfSourceExtension(u'.' + fl::filesystem::detail::extract_extension(name), false) >= 0;
+}
+
+int numberOfSourceExtension(std::u16string_view extension, bool isCaseExact) {
+    const auto sensitivity =
+        isCaseExact ? fl::i18n::detail::case_sensitive : fl::i18n::detail::case_insensitive;
+    const auto found = std::ranges::find_if(sourceExtensions, [&](std::u16string_view known) {
+        return fl::i18n::detail::compare(extension.data(), extension.size(), known.data(), known.size(),
+                                         sensitivity) == 0;
+    });
+    return found == sourceExtensions.end() ? -1 : static_cast<int>(found - sourceExtensions.begin());
 }
 
 void cacheFunction(const std::u16string& path) {
@@ -70,15 +78,16 @@ void cacheFunction(const std::u16string& path) {
 std::vector<CachedFunction> cachedFunctions() { return functions(); }
 
 void clearFunctionsOf(const std::u16string& path) {
-    // With nothing in the cache the question where the file lies needs no answer.
-    if (!functions().empty()) {
-        try {
-            drop(sourcePath(Velquist::PathManagement::GetIRIFromString(path)));
-        } catch (const vfs::InvalidIRIException&) {
-            // What names no place names no source file.
-        } catch (const fl::filesystem::PathNotFound&) {
-            // A relative path without a current folder.
-        }
+    try {
+        const vfs::AbsoluteIRI file = Velquist::PathManagement::GetIRIFromString(path);
+        // Its name would be found in there although it may have gone.
+        if (file.hasParent()) forgetFolderView(file.getParent());
+        // With nothing in the cache the question where the file lies needs no answer.
+        if (!functions().empty()) drop(sourcePath(file));
+    } catch (const vfs::InvalidIRIException&) {
+        // What names no place names no source file.
+    } catch (const fl::filesystem::PathNotFound&) {
+        // A relative path without a current folder.
     }
     announce({EnvironmentEvent::Kind::functionsCleared, {path}});
 }

@@ -2,12 +2,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvex::runtime::dispatcher {
 
 /// Source files of functions end in ".k", live code in ".klx"; case ignored.
 bool isSourceFileName(const std::u16string& name);
+
+/// The number of such an extension, which is given with its dot, from 0; -1 for any other.
+int numberOfSourceExtension(std::u16string_view extension, bool isCaseExact);
 
 /// A function that was read.
 struct CachedFunction {
@@ -25,7 +29,8 @@ void cacheFunction(const std::u16string& path);
 /// In the order in which they were read.
 std::vector<CachedFunction> cachedFunctions();
 
-/// Drops what was read from this source file; the event goes out in any case.
+/// Drops what was read from this source file, and the kept view of its folder; the event goes out in any
+/// case.
 void clearFunctionsOf(const std::u16string& path);
 
 }  // namespace korvex::runtime::dispatcher

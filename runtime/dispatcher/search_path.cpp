@@ -99,6 +99,23 @@ bool contains(const PathFolders& folders, const vfs::AbsoluteIRI& location) {
         folders, [&](const vfs::CanonicalAbsoluteIRI& folder) { return areSameLocations(folder, location); });
 }
 
+/// Whether an entry may be what the location leads to. Once that is gone, only the folders above it can have
+/// other names on the path, so that most locations need not be looked for in every form.
+bool mayBeOn(const PathFolders& path, const vfs::AbsoluteIRI& location) {
+    if (path.empty()) return false;
+    const std::u16string& name = location.getName();
+    const auto hasThatName = [&](const vfs::CanonicalAbsoluteIRI& folder) {
+        return areSameNames(folder.getName(), name, paths::nativeStyle);
+    };
+    if (name == u"." || name == u".." || std::ranges::any_of(path, hasThatName)) return true;
+    try {
+        return vfs::exists(location, Velquist::KorvexStorageSystem::GetStorageSystemReference()) !=
+               foundation::storage::provider::AsNeither;
+    } catch (const foundation::core::except::IException&) {
+        return true;  // nobody can tell
+    }
+}
+
 void eraseAll(PathFolders& folders, const PathFolders& unwanted) {
     std::erase_if(folders,
                   [&](const vfs::CanonicalAbsoluteIRI& folder) { return contains(unwanted, folder); });
@@ -145,7 +162,7 @@ PathFolders pathEntriesAt(const std::vector<vfs::AbsoluteIRI>& locations, const 
     PathFolders entries;
     for (const vfs::AbsoluteIRI& location : locations) {
         // The form that the path lists counts first: where that folder was, a link may stand by now.
-        const bool isPlain = contains(path, location) || path.empty();
+        const bool isPlain = contains(path, location) || !mayBeOn(path, location);
         entries.push_back(isPlain ? vfs::CanonicalAbsoluteIRI(location) : nearestCanonicalLocation(location));
     }
     return entries;
@@ -160,10 +177,13 @@ Notification removePathEntries(const PathFolders& entries) {
         notification.append(KORVEX::host::notOnSearchPath());
         return notification;
     }
-    const Notification notification =
+    const Notification unwritten =
         currentPath().change([removed](PathFolders& path) { eraseAll(path, removed); });
     announce({Kind::pathEntriesRemoved, shownTexts(removed)});
-    return notification;
+    // An empty notification says that they are off the path, and they are.
+    for (const resource_core::BaseMsgID& message : unwritten.messages())
+        kxWarningMsgId(message);
+    return {};
 }
 
 Notification replaceSearchPath(const PathFolders& folders) {

@@ -23,8 +23,9 @@ PathFolders searchPath();
 /// being written comes back in the notification.
 foundation::core::except::Notification addToSearchPath(const std::vector<std::u16string>& folders);
 
-/// Takes folders off the path, be they on disk or not. The notification says so when none was on it. Raises
-/// what `GetIRIFromString` raises, and changes nothing then.
+/// Takes folders off the path, be they on disk or not. The notification is as
+/// `IMainSearchPathManager::removeEntries` gives it. Raises what `GetIRIFromString` raises, and changes
+/// nothing then.
 foundation::core::except::Notification removeFromSearchPath(const std::vector<std::u16string>& folders);
 
 /// The entries that locations name, by the form that the path lists or by any other that leads there; a

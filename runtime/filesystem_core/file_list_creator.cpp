@@ -7,10 +7,12 @@
 #include "platform/message_identifiers.h"
 #include "platform/path_management.h"
 #include "runtime/filesystem_core/stored_messages.h"
+#include "runtime/storage/transfer_progress.h"
 
 namespace korvex::io::filesystem::core {
 
 namespace internal = korvex::runtime::filesystem_core;
+namespace storage = korvex::runtime::storage;
 namespace provider = foundation::storage::provider;
 namespace vfs = foundation::storage::vfs;
 
@@ -41,21 +43,21 @@ public:
         if (type != provider::ExtendedNothing) return addTree(named, type);
         if (!named.hasParent()) return;
         for (const vfs::ListEntry& entry : listing(named.getParent(), named.getName()))
-            addItem(entry.getLocation(), typeOf(entry.getLocation()));
+            addItem(entry.getLocation(), typeOf(entry));
     }
 
 private:
     /// Keeps its own list of what is still to be visited, so that no depth of a tree is too much.
     void addTree(const Location& top, provider::ExistenceTypeExtended typeOfTop) {
         addItem(top, typeOfTop);
-        std::vector<Location> pending;
+        std::vector<vfs::ListEntry> pending;
         if (isWalkedInto(top, typeOfTop)) pushEntries(top, pending);
         while (!pending.empty()) {
-            const Location location = std::move(pending.back());
+            const vfs::ListEntry entry = std::move(pending.back());
             pending.pop_back();
-            const provider::ExistenceTypeExtended type = typeOf(location);
-            addItem(location, type);
-            if (isWalkedInto(location, type)) pushEntries(location, pending);
+            const provider::ExistenceTypeExtended type = typeOf(entry);
+            addItem(entry.getLocation(), type);
+            if (isWalkedInto(entry.getLocation(), type)) pushEntries(entry.getLocation(), pending);
         }
     }
 
@@ -77,10 +79,11 @@ private:
         }
     }
 
-    void pushEntries(const Location& folder, std::vector<Location>& pending) {
+    void pushEntries(const Location& folder, std::vector<vfs::ListEntry>& pending) {
+        storage::stopIfInterrupted(folder);
         const std::size_t before = pending.size();
-        for (const vfs::ListEntry& entry : listing(folder, std::u16string()))
-            pending.push_back(entry.getLocation());
+        const vfs::FolderListing<vfs::ListEntry> entries = listing(folder, std::u16string());
+        pending.insert(pending.end(), entries.begin(), entries.end());
         std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(before), pending.end());
     }
 
@@ -92,6 +95,12 @@ private:
             if (failure.getErrorCode() != vfs::resourceNotFound) record(failure);
             return {};
         }
+    }
+
+    /// A listing has told already what is no folder and leads to none; which kind of that does not matter.
+    provider::ExistenceTypeExtended typeOf(const vfs::ListEntry& entry) {
+        const bool isFile = entry.getFileOrFolder().which() == 0;
+        return isFile ? provider::ExtendedFile : typeOf(entry.getLocation());
     }
 
     provider::ExistenceTypeExtended typeOf(const Location& location) {

@@ -1,10 +1,16 @@
 // The output stream: a wide stream whose buffer collects 16-bit units and hands them on in one piece.
 #include "runtime/interpreter/output.h"
 
+#include <algorithm>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
 #include <streambuf>
+#include <string>
 #include <utility>
 
 #include "platform/services_io.h"
+#include "runtime/text/encoding.h"
 
 namespace korvex::runtime::interpreter {
 namespace {
@@ -49,8 +55,13 @@ protected:
     }
 
     std::streamsize xsputn(const wchar_t* characters, std::streamsize count) override {
-        for (std::streamsize i = 0; i < count; ++i)
-            append(characters[i]);
+        const wchar_t* const end = characters + count;
+        for (const wchar_t* next = characters; next != end;) {
+            const wchar_t* const run = next;
+            next = std::find_if_not(run, end, isOneUnit);
+            appendUnits(run, next);
+            if (next != end) append(*next++);
+        }
         return count;
     }
 
@@ -62,11 +73,21 @@ protected:
     }
 
 private:
+    static bool isOneUnit(wchar_t character) { return static_cast<char32_t>(character) <= 0xFFFF; }
+
+    /// A whole run at once: the columns of a large folder are millions of units.
+    void appendUnits(const wchar_t* begin, const wchar_t* end) {
+        const std::size_t present = text_.size();
+        text_.resize(present + static_cast<std::size_t>(end - begin));
+        std::transform(begin, end, text_.data() + present,
+                       [](wchar_t character) { return static_cast<char16_t>(character); });
+    }
+
     void append(wchar_t character) {
         constexpr char32_t lastCodePoint = 0x10FFFF;
         constexpr char16_t replacementCharacter = 0xFFFD;
         const auto codePoint = static_cast<char32_t>(character);
-        if (codePoint <= 0xFFFF) {
+        if (isOneUnit(character)) {
             text_ += static_cast<char16_t>(codePoint);
         } else if (codePoint <= lastCodePoint) {
             text_ += static_cast<char16_t>(0xD7C0 + (codePoint >> 10));
@@ -94,3 +115,17 @@ std::wostream& operator<<(std::wostream& stream, const std::u16string& text) {
 }
 
 }  // namespace services::io
+
+void utPrintf(const char* format, ...) {
+    using services::io::operator<<;
+    std::va_list values;
+    va_start(values, format);
+    const int length = std::vsnprintf(nullptr, 0, format, values);
+    va_end(values);
+    if (length <= 0) return;
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    va_start(values, format);
+    std::vsnprintf(bytes.data(), bytes.size() + 1, format, values);
+    va_end(values);
+    services::io::uout() << korvex::runtime::text::fromBytes(bytes);
+}

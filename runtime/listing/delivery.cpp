@@ -27,6 +27,7 @@ FolderText textBelow(const std::u16string& above, char16_t separator, const std:
 /// Whether there was anything in this folder.
 bool deliverFolder(ListedFolder& folder, const FolderText& text, const GlobPattern& pattern,
                    const Receiver& receiver) {
+    if (!folder.wasListed) return false;
     for (FileNameWithStatLight& entry : folder.entries)
         entry.folder = text;
     const bool isEmpty = folder.entries.empty() && pattern.listsEverything(folder.positions);

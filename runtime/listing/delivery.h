@@ -18,9 +18,10 @@ struct Receiver {
     const std::u16string& prefix;
 };
 
-/// Hands out the folders depth first, each before those in it, in the order of names. `text` is the top
-/// folder's own, `separator` stands in front of a name behind it. True when there was an entry, or an empty
-/// folder of which everything was asked. Raises what the display raises.
+/// Hands out the folders depth first, each before those in it, in the order of names; those that could not be
+/// listed are passed over. `text` is the top folder's own, `separator` stands in front of a name behind it.
+/// True when there was an entry, or an empty folder of which everything was asked. Raises what the display
+/// raises.
 bool deliver(std::unique_ptr<ListedFolder> top, const GlobPattern& pattern, const std::u16string& text,
              char16_t separator, const Receiver& receiver);
 

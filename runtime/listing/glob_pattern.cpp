@@ -55,6 +55,13 @@ GlobPattern::GlobPattern(std::u16string_view pattern, std::u16string_view separa
     }
 }
 
+GlobPattern GlobPattern::ofPath(std::u16string_view path, std::u16string_view separators) {
+    GlobPattern glob;
+    for (const std::u16string_view name : partsOf(path, separators))
+        glob.leadingNames_.emplace_back(name);
+    return glob;
+}
+
 GlobPattern GlobPattern::overNames(std::u16string_view pattern, paths::PathStyle style) {
     GlobPattern glob;
     glob.parts_.emplace_back(PartKind::wildcard, NamePattern(pattern, style));

@@ -32,6 +32,8 @@ public:
     /// Parts stand between `separators`; empty ones do not count. A last part `**` has a `*` behind it.
     /// Raises `Exception<KORVEX::dir::SuccessiveGlobs>`.
     GlobPattern(std::u16string_view pattern, std::u16string_view separators, paths::PathStyle style);
+    /// A path, in which no unit is a wildcard.
+    static GlobPattern ofPath(std::u16string_view path, std::u16string_view separators);
     /// One part that is a pattern over names; a folder of that name is not opened. Empty matches everything.
     static GlobPattern overNames(std::u16string_view pattern, paths::PathStyle style);
 

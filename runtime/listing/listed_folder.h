@@ -27,6 +27,8 @@ struct ListedFolder {
     std::u16string name;
     /// Where the pattern stands in this folder.
     GlobPattern::Positions positions;
+    /// False for a folder that has gone meanwhile or may not be read: nothing is known of what it holds.
+    bool wasListed = false;
     std::vector<FileNameWithStatLight> entries;
     std::vector<std::unique_ptr<ListedFolder>> folders;
 };

@@ -73,6 +73,7 @@ private:
             default: break;
         }
         auto above = std::make_unique<ListedFolder>();
+        above->wasListed = true;
         above->entries.push_back(storage_->describe(location, detail_));
         const AbsoluteIRI holder = location.hasParent() ? location.getParent() : location;
         return deliver(std::move(above), pattern_, folderText(holder), separatorIn(holder), receiver_);
@@ -84,6 +85,18 @@ private:
     const std::unique_ptr<ListingStorage> storage_;
     const Detail detail_;
 };
+
+/// Where `?` may stand in a name, a pattern without `*` may be the path of a folder just as it is.
+bool isPathOfFolder(storage::Provider& provider, const AbsoluteIRI& folder, std::u16string_view pattern) {
+    const bool mayBePath =
+        pattern.find(u'?') != std::u16string_view::npos && pattern.find(u'*') == std::u16string_view::npos;
+    if (!mayBePath) return false;
+    try {
+        return provider.existence(AbsoluteIRI(folder, std::u16string(pattern))) == provider::AsFolder;
+    } catch (const vfs::Exception&) {
+        return false;  // what may not be looked at may still be listed
+    }
+}
 
 /// Nothing was found. Perhaps because the current folder has gone: that is an error.
 void requireCurrentFolder(storage::Provider& provider, const AbsoluteIRI& folder,
@@ -105,9 +118,13 @@ bool ioGetDirListRecursive(const foundation::storage::vfs::AbsoluteIRI& folder, 
     using namespace korvex::runtime;
     namespace vfs = foundation::storage::vfs;
 
-    const listing::GlobPattern glob(pattern, listing::separatorsOf(isIri), paths::nativeStyle);
+    const std::u16string_view separators = listing::separatorsOf(isIri);
+    listing::GlobPattern glob(pattern, separators, paths::nativeStyle);
     const auto system = storage::currentStorageSystem();
     storage::Provider& provider = system->provider(folder);
+    if (listing::isPathOfFolder(provider, folder, pattern)) {
+        glob = listing::GlobPattern::ofPath(pattern, separators);
+    }
     try {
         if (listing::Listing(provider, glob, {entries, display, prefix}).list(folder)) return true;
     } catch (const vfs::Exception&) {
@@ -129,7 +146,7 @@ void ioGetDirListVFS(const std::u16string& folder, std::u16string_view pattern,
     const auto system = storage::currentStorageSystem();
     auto top = std::make_unique<listing::ListedFolder>(std::u16string(), names.start());
     const auto storage = listing::listingStorageOf(system->provider(location));
-    if (!storage->walk(location, names, listing::Detail::sizeAndTime, *top)) {
+    if (!storage->walk(location, names, listing::Detail::linkedFolders, *top)) {
         throw vfs::Exception(vfs::resourceNotFound, location, u"listing");
     }
     listing::deliver(std::move(top), names, listing::folderText(location), listing::separatorIn(location),

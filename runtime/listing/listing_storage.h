@@ -10,8 +10,12 @@
 
 namespace korvex::runtime::listing {
 
-/// What is to be known of an entry beside its name and kind.
-enum class Detail { none, sizeAndTime };
+/// What is to be known of an entry beside its name and whether it is a folder itself.
+enum class Detail {
+    none,
+    linkedFolders,  ///< whether a link leads to a folder; nothing but links is looked at
+    sizeAndTime,    ///< and that as well
+};
 
 class ListingStorage {
 public:

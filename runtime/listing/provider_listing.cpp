@@ -33,7 +33,7 @@ public:
     FileNameWithStatLight describe(const AbsoluteIRI& location, Detail detail) override {
         FileNameWithStatLight entry;
         entry.name = location.getName();
-        if (detail == Detail::none) return entry;
+        if (detail != Detail::sizeAndTime) return entry;
         try {
             const storage::FileAttributes attributes = provider_.read(location)->attributes();
             entry.sizeKnown = attributes.size.has_value();
@@ -71,6 +71,7 @@ private:
     void list(const Pending& place, const std::vector<storage::ListedEntry>& found,
               const GlobPattern& pattern, Detail detail, std::vector<Pending>& pending) {
         ListedFolder& folder = *place.folder;
+        folder.wasListed = true;
         for (const storage::ListedEntry& entry : found) {
             const AbsoluteIRI location(place.location, entry.name);
             if (!entry.isFolder) {

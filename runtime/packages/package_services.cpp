@@ -59,6 +59,8 @@ bool KPMFeature::IsOn() {
     }
 }
 
+bool ComponentFeature::IsOn() { return KPMFeature::IsOn(); }
+
 // Before every other object of the library, so that one that is made from it at the start finds it made.
 [[gnu::init_priority(101)]] const std::u16string Constants::PackageDefStr = u"kpackage.json";
 

@@ -52,8 +52,10 @@ bool exists(const std::u16string& path) {
 
 bool isSymlink(const std::u16string& text) {
     try {
-        switch (
-            vfs::existsExtended(GetIRIFromString(text), KorvexStorageSystem::GetStorageSystemReference())) {
+        const vfs::AbsoluteIRI location = GetIRIFromString(text);
+        // The web has no links, and is not asked: an answer could take long.
+        if (korvex::runtime::storage::isWebScheme(location.parts().scheme)) return false;
+        switch (vfs::existsExtended(location, KorvexStorageSystem::GetStorageSystemReference())) {
             case provider::ExtendedLinkToFile:
             case provider::ExtendedLinkToFolder:
             case provider::ExtendedBrokenLink: return true;

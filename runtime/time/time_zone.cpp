@@ -23,11 +23,11 @@ ZoneRules::Moment toMoment(UDate date) {
 
 class IcuRules : public TabledRules {
 public:
-    explicit IcuRules(std::unique_ptr<const icu::BasicTimeZone> zone) : zone_(std::move(zone)) {
+    explicit IcuRules(const icu::BasicTimeZone& zone) {
         constexpr Moment earliest = std::chrono::sys_days(std::chrono::year(1400) / 1 / 1);
-        add(earliest, IcuRules::ask(earliest));
+        add(earliest, offsetIn(zone, earliest));
         icu::TimeZoneTransition change;
-        for (UDate place = toDate(earliest); zone_->getNextTransition(place, false, change) != 0;) {
+        for (UDate place = toDate(earliest); zone.getNextTransition(place, false, change) != 0;) {
             place = change.getTime();
             if (toMoment(place) >= knownUntil) break;
             const icu::TimeZoneRule& rule = *change.getTo();
@@ -36,26 +36,39 @@ public:
     }
 
 private:
-    Offset ask(Moment utc) const override {
+    static Offset offsetIn(const icu::BasicTimeZone& zone, Moment utc) {
         std::int32_t standard = 0;
         std::int32_t daylightSaving = 0;
         UErrorCode status = U_ZERO_ERROR;
-        zone_->getOffset(toDate(utc), false, standard, daylightSaving, status);
+        zone.getOffset(toDate(utc), false, standard, daylightSaving, status);
         if (U_FAILURE(status) != 0) throw std::runtime_error(u_errorName(status));
         return Offset(standard + daylightSaving);
     }
-
-    const std::unique_ptr<const icu::BasicTimeZone> zone_;
 };
 
 }  // namespace
 
 ZoneRules::Offset TabledRules::offsetAt(Moment utc) const {
-    if (utc >= knownUntil) return ask(utc);
+    const Moment known = utc < knownUntil ? utc : inKnownYear(utc);
     const auto next =
-        std::upper_bound(changes_.begin() + 1, changes_.end(), utc,
+        std::upper_bound(changes_.begin() + 1, changes_.end(), known,
                          [](Moment moment, const Change& change) { return moment < change.since; });
     return std::prev(next)->offset;
+}
+
+ZoneRules::Moment TabledRules::inKnownYear(Moment utc) {
+    using namespace std::chrono;
+    // Every kind of year is among these 28: the leap day that a century leaves out is not.
+    constexpr year firstKnown{2101};
+    constexpr year lastKnown{2128};
+    const auto firstDayOf = [](year any) { return sys_days(any / January / 1); };
+    const year wanted = year_month_day(floor<days>(utc)).year();
+    year same = firstKnown;
+    while (same < lastKnown &&
+           (same.is_leap() != wanted.is_leap() || weekday(firstDayOf(same)) != weekday(firstDayOf(wanted)))) {
+        ++same;
+    }
+    return utc - (firstDayOf(wanted) - firstDayOf(same));
 }
 
 std::unique_ptr<const ZoneRules> namedZone(const std::string& name) {
@@ -67,12 +80,10 @@ std::unique_ptr<const ZoneRules> namedZone(const std::string& name) {
     UErrorCode status = U_ZERO_ERROR;
     icu::TimeZone::getCanonicalID(id, canonical, isInDatabase, status);
     if (U_FAILURE(status) != 0 || isInDatabase == 0) return nullptr;
-    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
+    const std::unique_ptr<const icu::TimeZone> zone(icu::TimeZone::createTimeZone(id));
     // All zones of the database are of this class.
     const auto* const withChanges = dynamic_cast<const icu::BasicTimeZone*>(zone.get());
-    if (withChanges == nullptr) return nullptr;
-    static_cast<void>(zone.release());
-    return std::make_unique<IcuRules>(std::unique_ptr<const icu::BasicTimeZone>(withChanges));
+    return withChanges == nullptr ? nullptr : std::make_unique<IcuRules>(*withChanges);
 }
 
 }  // namespace korvex::runtime::time

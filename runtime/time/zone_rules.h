@@ -26,8 +26,8 @@ namespace korvex::runtime::time {
 
 using ZoneRules = fl::i18n::time_zone::timezone::Rules;
 
-/// Rules that know the changes of some time once and for all: asking for each time stamp anew would take
-/// longer than everything else that is done with it.
+/// Rules that know the changes once and for all: asking for each time stamp anew would take longer than
+/// everything else that is done with it, and might give the rules of another zone by then.
 class TabledRules : public ZoneRules {
 public:
     Offset offsetAt(Moment utc) const final;
@@ -36,15 +36,17 @@ protected:
     /// For the constructors of derived classes. The first offset holds from the beginning of time; then
     /// follow the changes, in their order, up to `knownUntil`.
     void add(Moment since, Offset offset) { changes_.push_back({since, offset}); }
-    /// Moments from `knownUntil` on are asked for one by one.
-    static constexpr Moment knownUntil = std::chrono::sys_days(std::chrono::year(2100) / 1 / 1);
-    virtual Offset ask(Moment utc) const = 0;
+    /// From then on each year has the changes of an earlier one that has the same days of the week. No rule
+    /// that is known by now ends after the year 2100.
+    static constexpr Moment knownUntil = std::chrono::sys_days(std::chrono::year(2129) / 1 / 1);
 
 private:
     struct Change {
         Moment since;
         Offset offset;
     };
+
+    static Moment inKnownYear(Moment utc);
 
     std::vector<Change> changes_;
 };

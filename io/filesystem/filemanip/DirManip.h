@@ -118,6 +118,7 @@ private:
                              const std::optional<AbsoluteIRI>& target, const std::u16string& strOriginalPath);
     bool doFileRemoval(const ExistenceTypeExtended& type, const AbsoluteIRI& location, bool topLevel,
                        std::u16string& failedList, bool& limitReached, bool& somethingFailed);
+    /// With what it holds, if that was asked for. Trees may be of any depth.
     bool doFolderRemoval(const ExistenceTypeExtended& type, const AbsoluteIRI& location, bool topLevel,
                          std::u16string& failedList, bool& limitReached, bool& somethingFailed,
                          std::vector<AbsoluteIRI>& removedFolders);
@@ -125,16 +126,35 @@ private:
     bool doFolderRemovalRecursive(std::unique_ptr<Folder> folder, const AbsoluteIRI& location,
                                   bool& somethingFailed);
 
-    /// Whether the contents of a folder are being removed already: a link that is resolved may lead back to a
-    /// folder that is on the way to it, and so in a circle.
-    bool isWalked(const AbsoluteIRI& folder) const;
+    // The removal of a tree. It is no recursion, since a tree may be deeper than the stack: the folders whose
+    // removal has begun stand in a list.
+
+    /// What the steps share: references to the last four arguments above.
+    struct Progress;
+    /// A folder that comes up among the items of another one.
+    struct FoundFolder;
+    /// Items that are being removed one by one.
+    struct Items;
+    /// The removal of one folder.
+    struct FolderRemoval;
+    class FolderRemovals;
+
+    /// Goes on with the removal of the last folder until it is over, or until a folder in it has to go first.
+    std::optional<FoundFolder> proceed(FolderRemovals& removals, const Progress& progress);
+    /// False when there is nothing to be done.
+    bool begin(FolderRemoval& removal, const FolderRemovals& removals) const;
+    /// Goes on with what the folder holds, up to the next folder in it.
+    std::optional<FoundFolder> removeMultipleItems(FolderRemoval& removal, const Progress& progress);
+    /// Goes on with the items, up to the next folder among them.
+    std::optional<FoundFolder> removeUpToFolder(Items& items, bool topLevel, const Progress& progress);
+    /// The folder itself, after what it held.
+    void removeEmptied(FolderRemoval& removal, const Progress& progress);
+
     /// A folder that is not walked into and not writable is refused untried.
-    void recordReadOnlyFolder(const AbsoluteIRI& location, std::u16string& failedList, bool& limitReached,
-                              bool& somethingFailed);
+    void recordReadOnlyFolder(const AbsoluteIRI& location, const Progress& progress);
     /// What a failure in the removal of a folder ends in; true when the folder, or something before, went.
-    bool recoverFromFolderFailure(const foundation::storage::vfs::Exception& failure, bool removedBefore,
-                                  std::unique_ptr<Folder> folder, const AbsoluteIRI& location,
-                                  std::u16string& failedList, bool& limitReached, bool& somethingFailed);
+    bool recoverFromFolderFailure(const foundation::storage::vfs::Exception& failure, FolderRemoval& removal,
+                                  const Progress& progress);
     void reportMissingItem(const AbsoluteIRI& location, const std::u16string& strOriginalPath);
     void reportRemovalFailure(const foundation::storage::vfs::Exception& failure,
                               const std::u16string& strOriginalPath);
@@ -142,8 +162,6 @@ private:
 
     bool recursive_ = false;
     bool resolveLinks_ = false;
-    /// The folders whose contents are being removed, the outermost first.
-    std::vector<AbsoluteIRI> walked_;
 };
 
 /// The source file's name in trace scopes of these commands.

@@ -58,7 +58,7 @@ template <class Tag>
     raise(foundation::core::except::Exception<Tag>(message, std::move(identifier)));
 }
 
-/// The text of a catalog entry without arguments, in the global locale, as other messages take it in.
+/// The text of a message in the global locale, arguments filled in: to be printed, or for another message.
 inline std::u16string labelText(const resource_core::BaseMsgID& label) {
     return fl::i18n::MessageCatalog::get_message(label, fl::i18n::KwLocale::global());
 }

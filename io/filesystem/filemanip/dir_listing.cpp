@@ -79,10 +79,10 @@ void reportNoMatch(const std::u16string& text, bool wasPattern) {
 /// One call of the command.
 class DirListing {
 public:
-    DirListing(int nlhs, kxArray* plhs[]) : isPrinted_(nlhs < 1), plhs_(plhs) {}
+    DirListing(int nlhs, kxArray* plhs[]) : nlhs_(nlhs), isPrinted_(nlhs < 1), plhs_(plhs) {}
 
-    /// `argument` is null where there is none.
-    void run(const kxArray* argument);
+    /// With one argument or with none.
+    void run(int nrhs, const kxArray* prhs[]);
 
 private:
     enum class Step { done, next };
@@ -101,6 +101,7 @@ private:
     ListingDisplay chooseDisplay() const;
     void returnStructure() { plhs_[0] = matrix::to_korvex(makeListingStructure(entries_)); }
 
+    const int nlhs_;
     const bool isPrinted_;
     kxArray** const plhs_;
 
@@ -118,10 +119,10 @@ private:
     std::vector<FileNameWithStatLight> entries_;
 };
 
-void DirListing::run(const kxArray* argument) {
-    hasArgument_ = argument != nullptr;
+void DirListing::run(int nrhs, const kxArray* prhs[]) {
+    hasArgument_ = nrhs > 0;
     currentText_ = requireCurrentFolder();
-    hasArgument_ ? takeArgument(argument) : takeNoArgument();
+    hasArgument_ ? takeArgument(prhs[0]) : takeNoArgument();
     takeLocation();
     if (workPath_.empty()) return answerBadLocation();
     refuseNulUnits();
@@ -259,7 +260,8 @@ void DirListing::prepareSecondPass() {
 }
 
 ListingDisplay DirListing::chooseDisplay() const {
-    if (!isPrinted_) return nullptr;
+    // On purpose a negative number shows no names, although it is no request for a structure either.
+    if (nlhs_ != 0) return nullptr;
     const bool needsHeaders = hasArgument_ && hasWildcardInFolderPart(workPath_, isIri_);
     return needsHeaders ? displayWithHeaders : displayPlain;
 }
@@ -268,7 +270,7 @@ ListingDisplay DirListing::chooseDisplay() const {
 
 KX_MODULE_ENTRY void bnFullDirFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
     checkArgumentCounts(limits::fullDir, nlhs, nrhs);
-    DirListing(nlhs, plhs).run(nrhs > 0 ? prhs[0] : nullptr);
+    DirListing(nlhs, plhs).run(nrhs, prhs);
 }
 
 }  // namespace korvex::filemanip

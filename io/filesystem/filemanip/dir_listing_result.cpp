@@ -99,7 +99,9 @@ Index sortedIndex(const Entries& entries) {
         const auto end = at(places, run.end);
         if (!std::is_sorted(begin, end, byName)) std::sort(begin, end, byName);
     }
-    if (std::ranges::is_sorted(runs, std::ranges::less_equal(), folderOf)) return places;
+    const bool isInOrder =
+        std::ranges::adjacent_find(runs, std::ranges::greater_equal(), folderOf) == runs.end();
+    if (isInOrder) return places;
 
     std::ranges::stable_sort(runs, {}, folderOf);
     Index index;

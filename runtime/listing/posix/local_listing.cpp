@@ -56,7 +56,8 @@ bool mayBePassedOver(int systemError) noexcept {
 /// A folder of the walk and what is found in it. Several threads add to one folder.
 class VisitedFolder : public FolderNotes {
 public:
-    explicit VisitedFolder(ListedFolder& folder) : listed(folder) {}
+    /// For a folder that is open.
+    explicit VisitedFolder(ListedFolder& folder) : listed(folder) { folder.wasListed = true; }
 
     void add(FileNameWithStatLight entry) {
         const std::lock_guard lock(mutex_);
@@ -177,9 +178,12 @@ private:
         GlobPattern::Match match = pattern_.match(positions, name, EntryShape::linkToFolder);
         FileNameWithStatLight entry;
         const bool matters = match.isListed || pattern_.listsFile(positions, name) || !match.next.empty();
-        const bool isAsked = detail_ == Detail::sizeAndTime || !match.next.empty();
+        const bool isAsked = detail_ != Detail::none || !match.next.empty();
         struct ::stat status {};
-        if (matters && isAsked && ::fstatat(handle, bytes.c_str(), &status, 0) == 0) fillIn(entry, status);
+        if (matters && isAsked && ::fstatat(handle, bytes.c_str(), &status, 0) == 0) {
+            entry.isDirectory = S_ISDIR(status.st_mode);
+            if (detail_ == Detail::sizeAndTime) fillIn(entry, status);
+        }
 
         if (entry.isDirectory && !match.next.empty()) {
             ListedFolder& listed = above.addFolder(name, std::move(match.next));

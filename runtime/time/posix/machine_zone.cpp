@@ -50,8 +50,6 @@ private:
         }
         return behind;
     }
-
-    Offset ask(Moment utc) const override { return systemOffset(utc); }
 };
 
 /// The name under which the database may know the zone.

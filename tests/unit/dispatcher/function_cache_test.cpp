@@ -97,6 +97,32 @@ TEST_F(FunctionCacheTest, LinkToASourceFileIsAFunctionOfItsOwnName) {
     EXPECT_THAT(cachedFunctions(), IsEmpty());
 }
 
+TEST_F(FunctionCacheTest, ClearingAFileForgetsTheViewOfItsFolderAndNoOther) {
+    scratch_.writeFile("real/a.k");
+    scratch_.writeFile("b.k");
+    std::filesystem::create_directory_symlink("real", scratch_.path() / "link");
+    for (const std::u16string& path : {here_ + u"/real/a.k", std::u16string(u"link/a.k")}) {
+        scratch_.writeFile("real/a.k");
+        forgetFolderViews();
+        const vfs::CanonicalAbsoluteIRI holder(location(here_ + u"/real"));
+        const vfs::CanonicalAbsoluteIRI above(location(here_));
+        const auto kept = folderView(above);
+        EXPECT_THAT(folderView(holder)->sourceFiles, ElementsAre(u"a.k"));
+        std::filesystem::remove(scratch_.path() / "real/a.k");
+        clearFunctionsOf(path);
+        EXPECT_THAT(folderView(holder)->sourceFiles, IsEmpty());
+        EXPECT_EQ(folderView(above), kept);
+    }
+}
+
+TEST_F(FunctionCacheTest, FileThatIsGoneIsNotFoundAnyMoreOnceItWasCleared) {
+    scratch_.writeFile("a.k");
+    EXPECT_EQ(findSourceFile(u"a").size(), 1U);
+    std::filesystem::remove(scratch_.path() / "a.k");
+    clearFunctionsOf(here_ + u"/a.k");
+    EXPECT_THAT(findSourceFile(u"a"), IsEmpty());
+}
+
 TEST_F(FunctionCacheTest, ClearingWhatIsNotCachedIsAnnouncedAllTheSame) {
     scratch_.writeFile("a.k");
     cacheFunction(u"a.k");

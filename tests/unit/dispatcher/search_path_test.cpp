@@ -14,6 +14,23 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Velquist::PathManagement::RemoveIRIsFromKorvexPath;
 
+/// The identifiers of the warnings while it lives.
+class Warnings {
+public:
+    Warnings()
+        : earlier_(interpreter::setWarningReceiver(
+              [this](const interpreter::Warning& warning) { identifiers_.push_back(warning.identifier); })) {}
+    ~Warnings() { interpreter::setWarningReceiver(earlier_); }
+    Warnings(const Warnings&) = delete;
+    Warnings& operator=(const Warnings&) = delete;
+
+    const std::vector<std::string>& identifiers() const noexcept { return identifiers_; }
+
+private:
+    std::vector<std::string> identifiers_;
+    interpreter::WarningReceiver earlier_;
+};
+
 class SearchPathTest : public EnvironmentTest {
 protected:
     /// The identifiers of a notification's messages.
@@ -42,6 +59,11 @@ protected:
 
     /// What stands where the path is kept, so that it can be neither read nor written.
     void blockFile() const { folder("configuration/path.json"); }
+    /// The path is read as before.
+    void blockWriting() const {
+        std::filesystem::permissions(scratch_.path() / "configuration/path.json",
+                                     std::filesystem::perms::owner_read);
+    }
 };
 
 // ------------------------------------------------------------------------------------------- adding
@@ -216,12 +238,25 @@ TEST_F(SearchPathTest, ChangeThatCannotBeWrittenHoldsForThisRun) {
     const std::u16string& reason = *notification.messages()[0].args[0].wideText();
     EXPECT_NE(reason.find(here_ + u"/configuration/path.json"), std::u16string::npos);
     EXPECT_THAT(path(), ElementsAre(a, b));
-    EXPECT_THAT(removalOf(a), ElementsAre("KORVEX:host:searchPathNotWritten"));
-    EXPECT_THAT(path(), ElementsAre(b));
 
     std::filesystem::remove(scratch_.path() / "configuration/path.json");
     EXPECT_TRUE(addToSearchPath({a}).empty());
     EXPECT_THAT(pathOfAnotherRun(), ElementsAre(a, b));
+}
+
+TEST_F(SearchPathTest, RemovalThatCannotBeWrittenIsWarnedOfAndLeavesTheNotificationEmpty) {
+    const std::u16string a = folder("a");
+    const std::u16string b = folder("b");
+    addToSearchPath({a, b});
+    blockWriting();
+    announced_.clear();
+    const Warnings warnings;
+    EXPECT_THAT(removalOf(a), IsEmpty());
+    EXPECT_THAT(warnings.identifiers(), ElementsAre("KORVEX:host:searchPathNotWritten"));
+    EXPECT_THAT(announced_, ElementsAre(EnvironmentEvent{Kind::pathEntriesRemoved, {a}}));
+    EXPECT_THAT(path(), ElementsAre(b));
+    EXPECT_THAT(removalOf(a), ElementsAre("KORVEX:host:notOnSearchPath"));
+    EXPECT_EQ(warnings.identifiers().size(), 1U);
 }
 
 TEST_F(SearchPathTest, PathThatCannotBeReadAnyMoreStaysAsItWasKnown) {

@@ -8,6 +8,7 @@
 #include "platform/foundation_filesystem.h"
 #include "platform/path_management.h"
 #include "runtime/dispatcher/current_folder.h"
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/paths/path_style.h"
 #include "runtime/storage/provider.h"
 #include "runtime/storage/providers/memory/memory_provider.h"
@@ -129,6 +130,12 @@ TEST_F(FileListCreatorTest, ARelativeNameNeedsTheCurrentFolder) {
     dispatcher::setCurrentFolderPath(scratch.makeFolder("gone").u16string());
     std::filesystem::remove(scratch.path() / "gone");
     EXPECT_THROW(expand(u"a"), fl::filesystem::PathNotFound);
+}
+
+TEST_F(FileListCreatorTest, APendingInterruptStopsTheWayThroughATree) {
+    korvex::runtime::interpreter::raiseInterrupt();
+    EXPECT_THROW(expand(u"tree"), vfs::Exception);
+    EXPECT_TRUE(korvex::runtime::interpreter::takeInterrupt());
 }
 
 /// A tree in memory, and nothing else in reach.

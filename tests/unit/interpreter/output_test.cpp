@@ -71,6 +71,32 @@ TEST_F(OutputStream, WidthAndAlignmentCountUnits) {
     EXPECT_EQ(pieces_, (Pieces{u"a.txt   |  \U0001F600|longer"}));
 }
 
+TEST_F(OutputStream, WideTextMayMixCharactersOfOneUnitAndOfTwo) {
+    uout() << L"\U0001F600ab\U0001F600\U0001F601c" << L"d\n";
+    EXPECT_EQ(pieces_, (Pieces{u"\U0001F600ab\U0001F600\U0001F601cd\n"}));
+}
+
+TEST_F(OutputStream, FormattedTextArrivesAtOnceAndInOnePiece) {
+    utPrintf("%s: %d of %d files\n",
+             "gr\xC3\xB6\xC3\x9F"
+             "er \xF0\x9F\x98\x80",
+             3, 12);
+    utPrintf("100 %%");
+    utPrintf("\n");
+    EXPECT_EQ(pieces_, (Pieces{u"gr\u00F6\u00DFer \U0001F600: 3 of 12 files\n", u"100 %", u"\n"}));
+}
+
+TEST_F(OutputStream, FormattedTextMayHaveAnyLength) {
+    const std::string text(100'000, 'x');
+    utPrintf("%s|", text.c_str());
+    EXPECT_EQ(pieces_, (Pieces{std::u16string(text.size(), u'x') + u'|'}));
+}
+
+TEST_F(OutputStream, EmptyFormattedTextSendsNothing) {
+    utPrintf("%s", "");
+    EXPECT_TRUE(pieces_.empty());
+}
+
 TEST_F(OutputStream, UnitsArriveAsTheyAre) {
     using namespace std::string_literals;
     const std::u16string text = u"\u00E4 \U0001F600 \xDCFF \xD800 \0 end"s;

@@ -43,20 +43,36 @@ TEST_F(FolderListerTest, NamePicksThatEntryAndOpensNothing) {
     EXPECT_THAT(names(u"nothing"), IsEmpty());
 }
 
-TEST_F(FolderListerTest, EntriesHaveKindSizeTimeAndTheirFolder) {
+TEST_F(FolderListerTest, EntriesHaveTheirKindAndTheirFolder) {
     scratch_.writeFile("file", "12345");
     scratch_.makeFolder("folder");
     std::filesystem::create_symlink("folder", scratch_.path() / "link");
+    std::filesystem::create_symlink("file", scratch_.path() / "link to file");
+    std::filesystem::create_symlink("nowhere", scratch_.path() / "link to nothing");
     std::vector<FileNameWithStatLight> found;
     ioGetDirListVFS(scratch_.text() + u"/", u"*", found);
-    ASSERT_EQ(found.size(), 3U);
+    ASSERT_EQ(found.size(), 5U);
     EXPECT_FALSE(found[0].isDirectory);
     EXPECT_TRUE(found[1].isDirectory);
     EXPECT_TRUE(found[2].isDirectory);
-    EXPECT_EQ(std::get<std::uint64_t>(found[0].size), 5U);
-    EXPECT_FALSE(found[0].modified.is_special());
+    EXPECT_FALSE(found[3].isDirectory);
+    EXPECT_FALSE(found[4].isDirectory);
     EXPECT_EQ(*found[0].folder, scratch_.text());
     EXPECT_EQ(found[0].folder, found[2].folder);
+}
+
+TEST_F(FolderListerTest, NoEntryIsAskedForMoreThanItsKind) {
+    scratch_.writeFile("file", "12345");
+    scratch_.makeFolder("folder");
+    std::filesystem::create_symlink("folder", scratch_.path() / "link");
+    std::filesystem::create_symlink("file", scratch_.path() / "link to file");
+    std::vector<FileNameWithStatLight> found;
+    ioGetDirListVFS(scratch_.text(), u"*", found);
+    ASSERT_EQ(found.size(), 4U);
+    for (const FileNameWithStatLight& entry : found) {
+        EXPECT_FALSE(entry.sizeKnown);
+        EXPECT_TRUE(entry.modified.is_not_a_date_time());
+    }
 }
 
 TEST_F(FolderListerTest, EmptyFolderGivesNothing) { EXPECT_THAT(names(u"*"), IsEmpty()); }

@@ -128,6 +128,30 @@ TEST_F(ProviderListerTest, FolderBelowThatCannotBeListedIsPassedOver) {
     EXPECT_EQ(memory_->faultsRaised(), 1U);
 }
 
+TEST_F(ProviderListerTest, FolderBelowThatCannotBeListedIsNeitherDisplayedAsEmptyNorFound) {
+    writeFile(u"a/x");
+    for (const vfs::ErrorCode code : {vfs::permissionDenied, vfs::resourceNotFound, vfs::invalidLocation}) {
+        memory_->failAt(Operation::list, vfs::AbsoluteIRI(u"memory://box/a"), {.code = code});
+        std::vector<FileNameWithStatLight> buffer;
+        displayCalls().clear();
+        EXPECT_TRUE(ioGetDirListRecursive(vfs::AbsoluteIRI(u"memory://box/"), u"**/*", buffer, u"", true,
+                                          rememberDisplay, u""));
+        EXPECT_THAT(displayCalls(), ElementsAre(Displayed{{"a"}, "memory://box/", "", false}));
+        displayCalls().clear();
+        EXPECT_FALSE(ioGetDirListRecursive(vfs::AbsoluteIRI(u"memory://box/"), u"*/*", buffer, u"", true,
+                                           rememberDisplay, u""));
+        EXPECT_THAT(displayCalls(), IsEmpty());
+        memory_->forgetFaults();
+    }
+}
+
+TEST_F(ProviderListerTest, FolderOfTheVeryNameIsOpened) {
+    for (const auto* name : {u"what?/inner", u"whatx"})
+        writeFile(name);
+    EXPECT_THAT(paths(u"what?"), ElementsAre("what?/inner"));
+    EXPECT_THAT(paths(u"wha??"), ElementsAre("what?", "whatx"));
+}
+
 TEST_F(ProviderListerTest, StorageThatFailsAtAFolderBelowIsRaised) {
     for (const auto* name : {u"a/x", u"b/y"})
         writeFile(name);

@@ -58,6 +58,25 @@ private:
     vfs::ErrorCode code_;
 };
 
+/// Says of everything that it is a link, and counts how often it was asked.
+class ProviderOfLinks : public storage::Provider {
+public:
+    storage::ExistenceType existence(const vfs::AbsoluteIRI&) override {
+        ++questions;
+        return foundation::storage::provider::AsFile;
+    }
+    storage::ExistenceTypeExtended extendedExistence(const vfs::AbsoluteIRI&) override {
+        ++questions;
+        return foundation::storage::provider::ExtendedLinkToFile;
+    }
+    vfs::CanonicalAbsoluteIRI canonicalLocation(const vfs::AbsoluteIRI& location) override {
+        ++questions;
+        return vfs::CanonicalAbsoluteIRI(location);
+    }
+
+    int questions = 0;
+};
+
 storage::ScopedStorageSystem failingWith(vfs::ErrorCode code) {
     auto system = std::make_shared<vfs::StorageSystem>();
     system->add(u"file", std::make_shared<FailingProvider>(code));
@@ -134,6 +153,27 @@ TEST_F(EnvironmentPaths, ALocationOfALinkIsALinkToo) {
     EXPECT_FALSE(filesystemSharedFcns::isSymlink(locationOfFolder + u"/folder"));
     EXPECT_FALSE(filesystemSharedFcns::isSymlink(u"nobody://host/link"));
     EXPECT_FALSE(filesystemSharedFcns::isSymlink(u"memory:////"));
+}
+
+TEST_F(EnvironmentPaths, AWebLocationIsNoLinkAndIsNotAsked) {
+    const auto links = std::make_shared<ProviderOfLinks>();
+    auto system = std::make_shared<vfs::StorageSystem>();
+    for (const char16_t* scheme : {u"http", u"https", u"memory"})
+        system->add(scheme, links);
+    const storage::ScopedStorageSystem scope(std::move(system));
+    for (const char16_t* text : {u"http://host/x", u"https://host/x", u"HTTP://host/x/", u"http://host/"})
+        EXPECT_FALSE(filesystemSharedFcns::isSymlink(text));
+    EXPECT_EQ(links->questions, 0);
+    EXPECT_TRUE(filesystemSharedFcns::isSymlink(u"memory://box/x"));
+    EXPECT_EQ(links->questions, 1);
+}
+
+TEST_F(EnvironmentPaths, WithoutACurrentFolderARelativePathIsNoLink) {
+    scratch.makeFolder("gone");
+    dispatcher::setCurrentFolderPath(u"gone");
+    std::filesystem::remove(scratch.path() / "gone");
+    EXPECT_FALSE(filesystemSharedFcns::isSymlink(u"brokenLink"));
+    EXPECT_TRUE(filesystemSharedFcns::isSymlink(here + u"/brokenLink"));
 }
 
 TEST_F(EnvironmentPaths, WhereTheSystemKeepsThemFromLookingExistsSaysSo) {

@@ -51,6 +51,15 @@ TEST(TimeZoneTest, RulesGoOnInTheFuture) {
     EXPECT_EQ(localTime("2100-07-01 12:00:00", "Europe/Berlin"), "2100-07-01 14:00:00");
     EXPECT_EQ(localTime("9000-01-01 12:00:00", "Europe/Berlin"), "9000-01-01 13:00:00");
     EXPECT_EQ(localTime("9000-07-01 12:00:00", "Europe/Berlin"), "9000-07-01 14:00:00");
+    // The last Sundays of March and October, in years of every kind.
+    for (const char* day : {"2128-03-28", "2129-03-27", "2130-03-26", "2131-03-25", "2132-03-30",
+                            "2133-03-29", "2400-03-26", "9996-03-31"}) {
+        EXPECT_EQ(localTime(std::string(day) + " 00:59:59", "Europe/Berlin"), std::string(day) + " 01:59:59");
+        EXPECT_EQ(localTime(std::string(day) + " 01:00:00", "Europe/Berlin"), std::string(day) + " 03:00:00");
+    }
+    EXPECT_EQ(localTime("2131-10-28 00:59:59", "Europe/Berlin"), "2131-10-28 02:59:59");
+    EXPECT_EQ(localTime("2131-10-28 01:00:00", "Europe/Berlin"), "2131-10-28 02:00:00");
+    EXPECT_EQ(localTime("2130-12-31 23:30:00", "Australia/Sydney"), "2131-01-01 10:30:00");
 }
 
 TEST(TimeZoneTest, FractionsStayAndMomentsBefore1970AreCutDownwards) {

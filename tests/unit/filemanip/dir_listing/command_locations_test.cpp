@@ -122,6 +122,12 @@ TEST_F(DirLocationsTest, LocationThatParsesInNoFormIsALineWithoutAnOutput) {
     EXPECT_EQ(outcome.errorIdentifier, "");
 }
 
+TEST_F(DirLocationsTest, FolderWithAQuestionMarkInItsNameIsOpened) {
+    makeFile(u"what?/inner");
+    makeFile(u"whatx");
+    EXPECT_EQ(print(u"memory://box/what%3F").printed, "\ninner  \n\n");
+}
+
 TEST_F(DirLocationsTest, SchemeThatNobodyServesIsALineWithoutAnOutput) {
     EXPECT_EQ(
         print(u"gopher://host/a").printed,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 
 #include "platform/message_catalog.h"
 #include "platform/message_identifiers.h"
@@ -79,6 +80,11 @@ TEST_F(DirCommandTest, ArgumentThatIsNotOneTextIsRefused) {
     }
 }
 
+TEST_F(DirCommandTest, ArgumentThatIsNotThereIsNotOneTextEither) {
+    EXPECT_EQ(listing(0, {nullptr}).errorIdentifier, "KORVEX:dir:invalidInputType");
+    EXPECT_EQ(listing(1, {nullptr}).errorIdentifier, "KORVEX:dir:invalidInputType");
+}
+
 TEST_F(DirCommandTest, MissingStringIsRefused) {
     EXPECT_EQ(listing(0, {missing().get()}).errorIdentifier, "KORVEX:string:MissingNotSupported");
     EXPECT_EQ(listing(1, {missing().get()}).errorIdentifier, "KORVEX:string:MissingNotSupported");
@@ -107,6 +113,25 @@ TEST_F(DirCommandTest, WildcardInTheNameOfTheCurrentFolderIsNone) {
     moveTo("a*b");
     EXPECT_EQ(print().printed, "\ninner  \n\n");
     EXPECT_THAT(column(list().outputs[0], "name"), ElementsAre("inner"));
+}
+
+TEST_F(DirCommandTest, WildcardInTheNameOfTheCurrentFolderIsOneForANameInIt) {
+    makeFiles({"a*b/one", "axb/one", "axb/two"});
+    moveTo("a*b");
+    EXPECT_EQ(print(u"one").printed, "Files found in " + here("a*b") + ":\n\none  \n\n" + "Files found in " +
+                                         here("axb") + ":\n\none  \n\n");
+    EXPECT_THAT(column(list(u"one").outputs[0], "folder"), ElementsAre(here("a*b"), here("axb")));
+    // Without its dot the current folder is its own name, which matches the ones beside it.
+    EXPECT_EQ(print(u".").printed, "\na*b  axb  \n\n");
+}
+
+TEST_F(DirCommandTest, FolderWithAQuestionMarkInItsNameIsOpened) {
+    makeFiles({"what?/inner", "whatx/other", "sub/a?/deep"});
+    EXPECT_EQ(print(u"what?").printed, "\ninner  \n\n");
+    EXPECT_EQ(print(u"what?/").printed, "\ninner  \n\n");
+    EXPECT_EQ(print(u"sub/a?").printed, "\ndeep  \n\n");
+    EXPECT_THAT(column(list(u"what?").outputs[0], "name"), ElementsAre("inner"));
+    EXPECT_EQ(print(u"wha?x").printed, "\nwhatx  \n\n");
 }
 
 TEST_F(DirCommandTest, FolderIsOpenedWithoutAHeader) {
@@ -277,6 +302,14 @@ TEST_F(DirCommandTest, PathOf1024UnitsIsTooLong) {
     }
 }
 
+TEST_F(DirCommandTest, NulIsJudgedBeforeStarsAndStarsBeforeTheLength) {
+    const std::u16string starsAndLength = u"a**" + std::u16string(1024, u'x');
+    EXPECT_EQ(list(starsAndLength + std::u16string(1, u'\0')).errorIdentifier,
+              "KORVEX:FileManip:NullCharacterInName");
+    EXPECT_EQ(list(starsAndLength).errorIdentifier, "KORVEX:dir:invalidGlob");
+    EXPECT_EQ(list(starsAndLength.substr(3)).errorIdentifier, "KORVEX:dir:pathnameTooLong");
+}
+
 TEST_F(DirCommandTest, LengthIsThatOfTheTextAsTyped) {
     makeFiles({"a"});
     // Short when its dots are gone, long as it stands.
@@ -293,9 +326,9 @@ TEST_F(DirCommandTest, CurrentFolderThatIsGoneIsAnError) {
     scratch_.makeFolder("gone");
     moveTo("gone");
     std::filesystem::remove(scratch_.path() / "gone");
+    const Array noText = number(1);
     for (const int nlhs : {0, 1}) {
-        for (const std::vector<const kxArray*>& arguments :
-             {std::vector<const kxArray*>{}, {number(1).get()}}) {
+        for (const std::vector<const kxArray*>& arguments : {std::vector<const kxArray*>{}, {noText.get()}}) {
             const ListingOutcome outcome = listing(nlhs, arguments);
             EXPECT_EQ(outcome.errorIdentifier, "KORVEX:dir:cwdIsInvalid");
             EXPECT_EQ(outcome.catalogEntry, "KORVEX:services:cwdIsInvalid");
@@ -327,6 +360,32 @@ TEST_F(DirCommandFailureTest, FailureOfTheStoragePassesOnWithAndWithoutAnOutput)
     EXPECT_THROW(list(u"sub/*"), vfs::Exception);
     // Interrupts are delivered again.
     EXPECT_NO_THROW(utInterruptState::ThrowIfInterruptPending());
+}
+
+/// Every question ends in an error of another kind.
+class BrokenProvider : public storage::LocalProvider {
+public:
+    storage::ExistenceType existence(const vfs::AbsoluteIRI&) override { throw std::runtime_error("broken"); }
+};
+
+TEST_F(DirCommandFailureTest, CurrentFolderThatCannotBeReadForAnyReasonIsInvalid) {
+    auto system = std::make_shared<vfs::StorageSystem>();
+    system->add(u"file", std::make_shared<BrokenProvider>());
+    const storage::ScopedStorageSystem broken(std::move(system));
+    for (const int nlhs : {0, 1}) {
+        const ListingOutcome outcome = listing(nlhs, {});
+        EXPECT_EQ(outcome.errorIdentifier, "KORVEX:dir:cwdIsInvalid");
+        EXPECT_EQ(outcome.catalogEntry, "KORVEX:services:cwdIsInvalid");
+    }
+}
+
+TEST_F(DirCommandFailureTest, FolderThatMayNotBeListedIsNeitherEmptyNorFound) {
+    makeFiles({"good/sub/a"});
+    scratch_.makeFolder("bad/sub");
+    local_->failAt(storage::Operation::list, location("bad/sub"), {.code = vfs::permissionDenied});
+    EXPECT_EQ(print(u"*/sub").printed, "Files found in " + here("good/sub") + ":\n\na  \n\n");
+    EXPECT_EQ(print(u"b*/sub").printed, noMatch("b*/sub"));
+    expectEmptyStructure(list(u"b*/sub").outputs[0]);
 }
 
 TEST_F(DirCommandFailureTest, FolderBelowThatFailsIsPassedOver) {

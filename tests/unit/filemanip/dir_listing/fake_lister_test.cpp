@@ -159,6 +159,13 @@ TEST_F(FakeListerTest, BadTextsNeverReachIt) {
     EXPECT_THAT(fakeLister().calls, IsEmpty());
 }
 
+TEST_F(FakeListerTest, NegativeNumberOfOutputsShowsNoNamesAndStillSaysWhatIsNotThere) {
+    EXPECT_EQ(listing(-1, {text(u"name").get()}).printed,
+              "\"name\" was not found. Check the spelling and the current folder.\n");
+    EXPECT_THAT(fakeLister().calls,
+                ElementsAre(ListerCall{location(), u"name", u"name", false, nullptr, here_}));
+}
+
 // -------------------------------------------------------------------------------------------------- its
 // failures
 
@@ -291,6 +298,33 @@ TEST_F(FakeListerTest, InterruptComesBeforeTheLineOfWhatIsNotThere) {
     const ListingOutcome outcome = print(u"nothing");
     EXPECT_EQ(outcome.errorIdentifier, "KORVEX:host:interrupted");
     EXPECT_EQ(outcome.printed, "");
+}
+
+TEST_F(FakeListerTest, InterruptIsNotLookedAtWhereNothingIsListed) {
+    runtime::interpreter::raiseInterrupt();
+    EXPECT_EQ(print(u"").printed, "\"\" was not found. Check the spelling and the current folder.\n");
+    expectEmptyStructure(list(u"").outputs[0]);
+    const std::string line = "\"file:/a\" was not found. Check the spelling and the current folder.\n";
+    EXPECT_EQ(print(u"file:/a").printed, line + line);
+    EXPECT_EQ(print(u"a**").errorIdentifier, "KORVEX:dir:invalidGlob");
+    EXPECT_EQ(print(u"memory://bad host").errorIdentifier, "");
+    EXPECT_THAT(fakeLister().calls, IsEmpty());
+    EXPECT_TRUE(runtime::interpreter::isInterruptPending());
+}
+
+TEST_F(FakeListerTest, InterruptStaysPendingWhereALineIsTheWholeAnswer) {
+    const auto interruptedBy = [](const auto& failure) {
+        fakeLister().answer = [failure](std::size_t, Entries&) -> bool {
+            runtime::interpreter::raiseInterrupt();
+            throw failure;
+        };
+        const ListingOutcome outcome = print(u"memory://box/a");
+        EXPECT_EQ(outcome.errorIdentifier, "");
+        EXPECT_NE(outcome.printed, "");
+        EXPECT_TRUE(runtime::interpreter::takeInterrupt());
+    };
+    interruptedBy(vfs::InvalidIRIException(u"bad"));
+    interruptedBy(vfs::UnsupportedIRISchemeException(u"gopher"));
 }
 
 // ------------------------------------------------------------------------------------------------ what it

@@ -59,6 +59,16 @@ TEST_F(DirManipCreationTest, ChainIsMadeInOneCallAfterTheWayUpWasLookedAt) {
                                              Call{Operation::createFolderRecursive, locationOf(u"a/b/c")}));
 }
 
+TEST_F(DirManipCreationTest, WayUpEndsAtARootThatIsNotThere) {
+    const CommandResult result = mkdir({u"file://host/a/b"});
+    EXPECT_EQ(result, failure(KORVEX::virtualfilesystem::invalidLocation(u"file://host/a/b")));
+    const auto at = [](const char16_t* text) { return vfs::AbsoluteIRI(text); };
+    EXPECT_THAT(local_->calls(), ElementsAre(Call{Operation::existence, at(u"file://host/a/b")},
+                                             Call{Operation::existence, at(u"file://host/a")},
+                                             Call{Operation::existence, at(u"file://host/")},
+                                             Call{Operation::createFolderRecursive, at(u"file://host/a/b")}));
+}
+
 TEST_F(DirManipCreationTest, FolderThatExistsIsASuccessWithANoteAndStaysAsItIs) {
     scratch_.writeFile("a/file", "content");
     EXPECT_EQ(mkdir({u"a"}), noted(KORVEX::MKDIR::DirectoryExists()));

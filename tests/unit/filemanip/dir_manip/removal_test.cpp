@@ -1,52 +1,15 @@
-// `rmdir` at work: what goes, what stays, which of its outcomes it is, and whom it tells.
+// `rmdir` at work on folders: what goes, what stays, which of its outcomes it is, and whom it tells. (Links
+// and wildcards: removal_of_links_test.cpp.)
+#include "runtime/configuration/configuration_folder.h"
 #include "runtime/dispatcher/function_cache.h"
-#include "runtime/dispatcher/search_path.h"
-#include "runtime/packages/package_registry.h"
-#include "tests/unit/filemanip/dir_manip/dir_manip_fixture.h"
+#include "runtime/interpreter/interrupts.h"
+#include "tests/unit/filemanip/dir_manip/removal_fixture.h"
 
 namespace korvex::filemanip::tests {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Kind = EnvironmentEvent::Kind;
-namespace dispatcher = korvex::runtime::dispatcher;
-namespace provider = foundation::storage::provider;
-
-class DirManipRemovalTest : public DirManipTest {
-protected:
-    ~DirManipRemovalTest() override {
-        for (const runtime::packages::RegisteredPackage& package : runtime::packages::registeredPackages())
-            runtime::packages::unregisterPackage(package.name);
-        std::vector<std::u16string> onPath;
-        for (const vfs::AbsoluteIRI& entry : dispatcher::searchPath())
-            onPath.push_back(vfs::fromAbsoluteIRI(entry));
-        dispatcher::removeFromSearchPath(onPath);
-    }
-
-    static CommandResult notRemoved(const std::u16string& typed) {
-        return failure(KORVEX::RMDIR::DirectoryNotRemoved(typed));
-    }
-    static CommandResult noneRemoved() { return failure(KORVEX::RMDIR::NoDirectoriesRemoved()); }
-    static CommandResult noFolder(const std::u16string& typed) {
-        return failure(KORVEX::RMDIR::NotADirectory(typed));
-    }
-    static CommandResult someNotRemoved(const std::u16string& list) {
-        return failure(KORVEX::RMDIR::SomeDirectoriesNotRemoved(list));
-    }
-    std::u16string isNoFolder(const std::u16string& name) const {
-        return textOf(KORVEX::FileManip::NotADirectory(pathOf(name)));
-    }
-    std::vector<Kind> kindsOfEvents() const {
-        std::vector<Kind> kinds;
-        for (const EnvironmentEvent& event : events_)
-            kinds.push_back(event.kind);
-        return kinds;
-    }
-    void protect(const std::string& name) const {
-        fs::permissions(diskPath(name), fs::perms::owner_read | fs::perms::owner_exec);
-    }
-};
 
 // ---- one folder
 
@@ -196,167 +159,60 @@ TEST_F(DirManipRemovalTest, WholeRemovalTakesTheTreeOffThePath) {
     EXPECT_TRUE(isThere("ab"));
 }
 
-// ---- links
-
-TEST_F(DirManipRemovalTest, NamedLinkToAFolderIsNotRemoved) {
-    scratch_.makeFolder("target");
-    makeLink("target", "link");
-    EXPECT_EQ(rmdir({u"link"}), noFolder(u"link"));
-    EXPECT_EQ(rmdir({u"link", u"s"}), noFolder(u"link"));
-    EXPECT_TRUE(isThere("link"));
-    EXPECT_TRUE(isThere("target"));
+TEST_F(DirManipRemovalTest, PathThatCannotBeWrittenIsWarnedOfAndTheFolderIsOffItAllTheSame) {
+    runtime::configuration::setConfigurationFolder(scratch_.makeFolder("configuration").u16string());
+    dispatcher::addToSearchPath({scratch_.makeFolder("a").u16string()});
+    protect("configuration/path.json");
+    EXPECT_EQ(rmdir({u"a"}), success());
+    EXPECT_THAT(dispatcher::searchPath(), IsEmpty());
+    EXPECT_THAT(warnings_, ElementsAre("KORVEX:host:searchPathNotWritten", "KORVEX:RMDIR:RemovedFromPath"));
+    runtime::configuration::setConfigurationFolder(u"");
 }
 
-TEST_F(DirManipRemovalTest, SeparatorBehindALinkStillNamesTheLink) {
-    scratch_.writeFile("target/file");
-    makeLink("target", "link");
-    EXPECT_EQ(rmdir({u"link/"}), noFolder(u"link"));
-    EXPECT_EQ(rmdir({u"link/", u"s"}), noFolder(u"link"));
-    EXPECT_TRUE(isThere("target/file"));
-}
-
-TEST_F(DirManipRemovalTest, SeparatorBehindAFolderStaysInTheMessage) {
-    scratch_.writeFile("a/file");
-    EXPECT_EQ(rmdir({u"a/"}), notRemoved(u"a/"));
-}
-
-TEST_F(DirManipRemovalTest, NamedLinkIsResolvedOnRequestAndTheTargetGoes) {
-    scratch_.makeFolder("target");
-    makeLink("target", "link");
-    EXPECT_EQ(rmdirResolving(u"link", false), success());
-    EXPECT_FALSE(isThere("target"));
-    EXPECT_TRUE(isThere("link"));
-}
-
-TEST_F(DirManipRemovalTest, ResolvedLinkGoesWithTheContentsOfItsTarget) {
-    scratch_.writeFile("target/file");
-    makeLink("target", "first");
-    makeLink("first", "second");
-    EXPECT_EQ(rmdirResolving(u"second", false), noFolder(u"second"));
-    EXPECT_EQ(rmdirResolving(u"second", true), success());
-    EXPECT_FALSE(isThere("target"));
-    EXPECT_TRUE(isThere("first"));
-    EXPECT_TRUE(isThere("second"));
-}
-
-TEST_F(DirManipRemovalTest, LinkToAFileAndOneThatLeadsNowhereAreNoFolders) {
-    scratch_.writeFile("file");
-    makeLink("file", "filelink");
-    makeLink("nowhere", "broken");
-    makeLink("loop", "loop");
-    for (const std::u16string name : {u"filelink", u"broken", u"loop"}) {
-        EXPECT_EQ(rmdir({name}), noFolder(name));
-        EXPECT_EQ(rmdir({name, u"s"}), noFolder(name));
-        EXPECT_EQ(rmdirResolving(name, true), noFolder(name));
-    }
-    EXPECT_TRUE(isThere("filelink") && isThere("broken") && isThere("loop") && isThere("file"));
-}
-
-TEST_F(DirManipRemovalTest, LinksInATreeGoAndWhatTheyLeadToStays) {
-    scratch_.writeFile("target/file");
-    scratch_.writeFile("file");
-    scratch_.makeFolder("a");
-    makeLink("../target", "a/folderlink");
-    makeLink("../file", "a/filelink");
-    makeLink("nowhere", "a/broken");
-    makeLink("loop", "a/loop");
-    EXPECT_EQ(rmdir({u"a", u"s"}), success());
-    EXPECT_FALSE(isThere("a"));
-    EXPECT_TRUE(isThere("target/file") && isThere("file"));
-}
-
-TEST_F(DirManipRemovalTest, LinkInATreeLeavesThePathOfItsTargetAlone) {
-    dispatcher::addToSearchPath({scratch_.makeFolder("target").u16string()});
-    scratch_.makeFolder("a");
-    makeLink("../target", "a/link");
-    EXPECT_EQ(rmdir({u"a", u"s"}), success());
-    EXPECT_THAT(dispatcher::searchPath(), ElementsAre(locationOf(u"target")));
-}
-
-TEST_F(DirManipRemovalTest, LinksInATreeAreResolvedOnRequestAndTheirTargetsGo) {
-    scratch_.writeFile("target/file");
-    scratch_.writeFile("file");
-    scratch_.makeFolder("a");
-    makeLink("../target", "a/folderlink");
-    makeLink("../file", "a/filelink");
-    EXPECT_EQ(rmdirResolving(u"a", true), success());
-    EXPECT_FALSE(isThere("a") || isThere("target") || isThere("file"));
-}
-
-// ---- wildcards
-
-TEST_F(DirManipRemovalTest, EveryFolderThatMatchesGoes) {
-    scratch_.makeFolder("a1");
-    scratch_.makeFolder("a2");
-    scratch_.makeFolder("b");
-    EXPECT_EQ(rmdir({u"a?"}), success());
-    EXPECT_FALSE(isThere("a1") || isThere("a2"));
-    EXPECT_TRUE(isThere("b"));
-}
-
-TEST_F(DirManipRemovalTest, FileThatMatchesStaysAndIsNamed) {
-    scratch_.makeFolder("a1");
+TEST_F(DirManipRemovalTest, SourceFileThatWentIsNotFoundAlthoughSomethingElseStayed) {
+    scratch_.writeFile("a1/solve.k");
     scratch_.writeFile("a2");
-    scratch_.writeFile("a3");
-    EXPECT_EQ(rmdir({u"a*"}), someNotRemoved(isNoFolder(u"a2") + u"\n" + isNoFolder(u"a3")));
-    EXPECT_FALSE(isThere("a1"));
-    EXPECT_TRUE(isThere("a2") && isThere("a3"));
-    EXPECT_THAT(events_, testing::Not(testing::Contains(EnvironmentEvent{Kind::searchPathRefreshed, {}})));
+    dispatcher::addToSearchPath({pathOf(u"a1")});
+    EXPECT_EQ(dispatcher::findSourceFile(u"solve").size(), 1U);
+    // The folder itself stays on the path, and nothing reads that again.
+    local_->failAt(Operation::removeFolder, locationOf(u"a1"), {.code = vfs::permissionDenied});
+    EXPECT_EQ(rmdir({u"a*", u"s"}).identifier, "KORVEX:RMDIR:SomeDirectoriesNotRemoved");
+    EXPECT_THAT(dispatcher::findSourceFile(u"solve"), IsEmpty());
 }
 
-TEST_F(DirManipRemovalTest, LocationThatMatchesIsNamedDecoded) {
-    box_->putFolder(boxLocation(u"a1"));
-    box_->putFile(boxLocation(u"a 2"), "");
-    EXPECT_EQ(rmdir({u"memory://box/a*"}),
-              someNotRemoved(textOf(KORVEX::FileManip::NotADirectory(u"memory://box/a 2"))));
+// ---- interrupts
+
+/// A user who has seen enough when the first file has gone.
+class InterruptedDisk : public runtime::storage::LocalProvider {
+public:
+    ~InterruptedDisk() override { runtime::interpreter::takeInterrupt(); }
+    void removeFile(const vfs::AbsoluteIRI& file) override {
+        LocalProvider::removeFile(file);
+        runtime::interpreter::raiseInterrupt();
+    }
+};
+
+TEST_F(DirManipRemovalTest, InterruptLeavesTheRestOfTheTreeAndStaysPending) {
+    for (const char* file : {"a/1", "a/2", "a/b/3"})
+        scratch_.writeFile(file);
+    auto system = std::make_shared<vfs::StorageSystem>();
+    system->add(u"file", std::make_shared<InterruptedDisk>());
+    const runtime::storage::ScopedStorageSystem interrupted(system);
+    rmdir({u"a", u"s"});
+    EXPECT_FALSE(isThere("a/1"));
+    EXPECT_TRUE(isThere("a/2") && isThere("a/b/3"));
+    EXPECT_TRUE(runtime::interpreter::isInterruptPending());
 }
 
-TEST_F(DirManipRemovalTest, MatchesOfWhichNoneCouldGoAreSilent) {
-    scratch_.writeFile("a1");
-    scratch_.writeFile("a2/file");
-    EXPECT_EQ(rmdir({u"a*"}), success());
-    EXPECT_TRUE(isThere("a1") && isThere("a2/file"));
-    EXPECT_THAT(events_, IsEmpty());
-}
-
-TEST_F(DirManipRemovalTest, WildcardThatMatchesNothingIsNoFolder) {
-    EXPECT_EQ(rmdir({u"x*"}), noFolder(pathOf(u"x*")));
-    EXPECT_EQ(rmdir({u"memory://box/x*"}),
-              failure(KORVEX::virtualfilesystem::resourceNotFound(u"memory://box/x*")));
-}
-
-TEST_F(DirManipRemovalTest, WildcardInAFolderThatIsNotThereIsNoFolder) {
-    const std::u16string name = u"nothing/x*";
-    EXPECT_EQ(rmdir({name}), failure(KORVEX::FileManip::NotADirectory(name), "KORVEX:RMDIR:NotADirectory"));
-    EXPECT_EQ(rmdir({u"memory://box/nothing/x*"}),
-              failure(KORVEX::virtualfilesystem::resourceNotFound(u"memory://box/nothing/x*")));
-}
-
-TEST_F(DirManipRemovalTest, FolderWhoseNameIsAWildcardIsMeantByItself) {
-    scratch_.makeFolder("a*");
-    scratch_.makeFolder("ab");
-    EXPECT_EQ(rmdir({u"a*"}), success());
-    EXPECT_FALSE(isThere("a*"));
-    EXPECT_TRUE(isThere("ab"));
-}
-
-TEST_F(DirManipRemovalTest, MatchingLinkIsPassedOver) {
-    scratch_.makeFolder("a1");
-    scratch_.makeFolder("target");
-    makeLink("target", "a2");
-    EXPECT_EQ(rmdir({u"a*"}), success());
-    EXPECT_TRUE(isThere("a2") && isThere("target"));
-}
-
-TEST_F(DirManipRemovalTest, ListOfFailuresStopsGrowingAndTheRestIsStillDone) {
-    for (int file = 0; file < 200; ++file)
-        scratch_.writeFile("a" + std::to_string(1000 + file));
-    scratch_.makeFolder("az");
-    const CommandResult result = rmdir({u"a*"});
-    EXPECT_EQ(result.identifier, "KORVEX:RMDIR:SomeDirectoriesNotRemoved");
-    EXPECT_GE(result.text.size(), 4096U);
-    EXPECT_LT(result.text.size(), 4096U + 500U);
-    EXPECT_FALSE(isThere("az"));
+TEST_F(DirManipRemovalTest, InterruptThatIsPendingLeavesTheWholeTree) {
+    scratch_.writeFile("a/b/file");
+    box_->putFile(boxLocation(u"a/b/file"), "");
+    runtime::interpreter::raiseInterrupt();
+    EXPECT_EQ(rmdir({u"a", u"s"}), noneRemoved());
+    EXPECT_EQ(rmdir({u"memory://box/a", u"s"}), noneRemoved());
+    EXPECT_TRUE(runtime::interpreter::takeInterrupt());
+    EXPECT_TRUE(isThere("a/b/file"));
+    EXPECT_EQ(box_->existence(boxLocation(u"a/b/file")), provider::AsFile);
 }
 
 // ---- packages

@@ -64,6 +64,14 @@ private:
     bool isWhole_ = false;
 };
 
+/// Takes every location for one that does not parse.
+class ProviderOfInvalidLocations : public runtime::storage::LocalProvider {
+public:
+    void createFolderRecursive(const vfs::AbsoluteIRI& folder) override {
+        throw vfs::InvalidIRIException(folder.toString());
+    }
+};
+
 class DirManipTraceTest : public DirManipTest {
 protected:
     /// The records of a command, shortened; SCRATCH stands for the scratch folder.
@@ -211,6 +219,20 @@ TEST_F(DirManipTraceTest, OfASchemeThatNobodyServes) {
                 Contains(StartsWith("16 Exception caught: ")).Times(1));
 }
 
+TEST_F(DirManipTraceTest, OfALocationThatTurnsOutToBeNone) {
+    const auto system = std::make_shared<vfs::StorageSystem>();
+    system->add(u"file", std::make_shared<ProviderOfInvalidLocations>());
+    const runtime::storage::ScopedStorageSystem invalid(system);
+    EXPECT_THAT(recordsOf(makeDir, {u"a"}), Contains(StartsWith("16 Exception caught: ")).Times(1));
+}
+
+TEST_F(DirManipTraceTest, OfAnEmptyNameHasNoLastRecord) {
+    EXPECT_EQ(traceOf(makeDir, {u""}), "4\n> makeDir\n< makeDir\n");
+    EXPECT_THAT(recordsOf(makeDir, {u"a", u""}),
+                ElementsAre("4", "8 Path element: a", "4 Valid path element"));
+    EXPECT_THAT(recordsOf(removeDir, {u""}), ElementsAre("4"));
+}
+
 TEST_F(DirManipTraceTest, OfAFolderThatExists) {
     scratch_.makeFolder("a");
     const Records records = recordsOf(makeDir, {u"a"});
@@ -235,6 +257,26 @@ TEST_F(DirManipTraceTest, OfWhatCannotBeRemoved) {
         recordsOf(removeDir, {u"file://host/"}),
         Contains("512 IRI's path does not have a parent. Possible cause of error is that 'it is a root "
                  "path', 'Resource Not Found' or 'it is not a directory'"));
+}
+
+TEST_F(DirManipTraceTest, OfAFolderThatMayNotGoTellsTheFailureTwice) {
+    scratch_.makeFolder("a");
+    local_->failAt(Operation::removeFolder, locationOf(u"a"), {.code = vfs::permissionDenied});
+    // Where it is met, and where it is judged.
+    EXPECT_THAT(recordsOf(removeDir, {u"a"}), Contains(StartsWith("512 Permission is denied")).Times(2));
+}
+
+TEST_F(DirManipTraceTest, OfAListingInATreeThatFails) {
+    scratch_.writeFile("t/u/file");
+    local_->failAt(Operation::list, locationOf(u"t/u"), {.code = vfs::permissionDenied});
+    local_->failAt(Operation::removeFolder, locationOf(u"t/u"), {.code = vfs::permissionDenied});
+    // The listing is left by the failure, the removal around it is not.
+    EXPECT_THAT(traceOf(removeDir, {u"t", u"s"}), testing::HasSubstr(R"(
+                > RemoveDir::doFolderRemoval
+                  4 Recursively trying to remove multiple items.
+                  > RemoveDir::removeMultipleItems
+                  < RemoveDir::removeMultipleItems [throw]
+                  512 Permission is denied)"));
 }
 
 TEST_F(DirManipTraceTest, OfAPartialRemoval) {

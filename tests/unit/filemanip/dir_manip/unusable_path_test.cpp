@@ -1,5 +1,6 @@
-// A path that the platform cannot make absolute: the driver of `mkdir` and `rmdir` over stand-ins for the
-// platform's path functions, which follow the rules of Windows.
+// A path that the platform cannot make absolute, and the order in which one that it can is cleaned up: the
+// driver of `mkdir` and `rmdir` over stand-ins for the platform's path functions, which follow the rules of
+// Windows.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -49,7 +50,17 @@ TEST_F(UnusablePathTest, PathThatCannotBeMadeAbsoluteIsUsedAsItIs) {
         throw std::runtime_error("no idea");
     };
     EXPECT_EQ(process(u"C:\\a\\.\\b").code, Status::success);
-    EXPECT_THAT(engine_.locations, ElementsAre(u"file:///C:/a/./b"));
+    EXPECT_THAT(engine_.locations, ElementsAre(u"file:///C:/a/b"));
+}
+
+TEST_F(UnusablePathTest, PathIsMadeAbsoluteAndCleanedUpInItsOrder) {
+    EXPECT_EQ(process(u"a\\.\\b\\..\\c. ").code, Status::success);
+    EXPECT_THAT(fakePlatform().calls,
+                ElementsAre(u"absolute(a\\.\\b\\..\\c. , )", u"handleSingleDots(C:\\here\\a\\.\\b\\..\\c. )",
+                            u"handleDotDots(C:\\here\\a\\b\\..\\c. )",
+                            u"handleWindowsTrailingDotsAndSpaces(C:\\here\\a\\c. )",
+                            u"GetIRIFromString(C:\\here\\a\\c)"));
+    EXPECT_THAT(engine_.locations, ElementsAre(u"file:///C:/here/a/c"));
 }
 
 TEST_F(UnusablePathTest, PathThatBecomesEmptyIsNotFound) {

@@ -158,6 +158,59 @@ TEST_F(LocalEntriesTest, FolderBelowThatMayNotBeReadIsListedAndPassedOver) {
     EXPECT_FALSE(locked.modified.is_special());
 }
 
+TEST_F(LocalEntriesTest, LinkToAFolderThatMayNotBeReadIsNeitherDisplayedAsEmptyNorFound) {
+    scratch_.writeFile("locked/inner");
+    scratch_.makeFolder("a");
+    scratch_.makeFolder("b");
+    link("../locked", "a/link");
+    fs::permissions(scratch_.path(), fs::perms(0755));
+    fs::permissions(scratch_.path() / "locked", fs::perms(0));
+    const OrdinaryUser user;
+    for (const auto* pattern : {u"*/link", u"*/link/*"}) {
+        displayCalls().clear();
+        std::vector<FileNameWithStatLight> buffer;
+        EXPECT_FALSE(ioGetDirListRecursive(Velquist::PathManagement::GetIRIFromString(scratch_.text()),
+                                           pattern, buffer, u"", false, rememberDisplay, u""));
+        for (const Displayed& call : displayCalls())
+            EXPECT_FALSE(call.isEmpty) << call.text;
+        EXPECT_THAT(paths(pattern), IsEmpty());
+        EXPECT_FALSE(calls_.isFound);
+    }
+    displayCalls().clear();
+}
+
+TEST_F(LocalEntriesTest, FolderOfTheVeryNameIsOpenedAndAnyOtherNameMatches) {
+    scratch_.writeFile("what?/inner");
+    scratch_.writeFile("whatx");
+    scratch_.writeFile("a?/b?/deep");
+    link("what?", "link?");
+    scratch_.writeFile("linky");
+    EXPECT_THAT(paths(u"what?"), ElementsAre("what?/inner"));
+    EXPECT_THAT(paths(u"link?"), ElementsAre("link?/inner"));
+    EXPECT_THAT(paths(u"a?/b?"), ElementsAre("a?/b?/deep"));
+    EXPECT_THAT(paths(u"wha??"), ElementsAre("what?", "whatx"));
+    EXPECT_THAT(paths(u"w*t?"), ElementsAre("what?", "whatx"));
+    fs::remove_all(scratch_.path() / "what?");
+    EXPECT_THAT(paths(u"what?"), ElementsAre("whatx"));
+}
+
+TEST_F(LocalEntriesTest, FileOfTheVeryNameIsOneOfTheMatches) {
+    scratch_.writeFile("what?");
+    scratch_.writeFile("whatx");
+    EXPECT_THAT(paths(u"what?"), ElementsAre("what?", "whatx"));
+}
+
+TEST_F(LocalEntriesTest, FolderThatMayOnlyBeReadIsMatchedByNames) {
+    scratch_.writeFile("named/inner");
+    fs::permissions(scratch_.path(), fs::perms(0755));
+    fs::permissions(scratch_.path() / "named", fs::perms(0744));
+    const OrdinaryUser user;
+    std::vector<FileNameWithStatLight> found;
+    EXPECT_TRUE(ioGetDirListRecursive(Velquist::PathManagement::GetIRIFromString(scratch_.text() + u"/named"),
+                                      u"inne?", found, u"", false, nullptr, u""));
+    EXPECT_EQ(found.size(), 1U);
+}
+
 TEST_F(LocalEntriesTest, FolderThatWasNamedAndMayNotBeReadIsAnError) {
     scratch_.writeFile("locked/inner");
     fs::permissions(scratch_.path(), fs::perms(0755));

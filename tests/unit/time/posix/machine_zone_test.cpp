@@ -6,6 +6,7 @@
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <string>
+#include <vector>
 
 #include "platform/time_zone.h"
 
@@ -35,15 +36,29 @@ TEST(MachineZoneTest, LocalTimeIsThatOfTheSystemAtAnyMomentFrom1970To2037) {
     }
 }
 
-TEST(MachineZoneTest, ChangeOfTheZoneIsNotSeenByAnObjectThatIsThere) {
-    constexpr ::time_t second = 1720000000;
+TEST(MachineZoneTest, LocalTimeIsThatOfTheSystemInTheCenturiesToCome) {
     const timezone zone("");
-    const ptime before = from_utc(utc(second), zone);
+    constexpr ::time_t begin = 4102444800;  // 1 January 2100
+    constexpr ::time_t end = begin + 420 * 365 * day;
+    constexpr ::time_t step = 9 * day + 5003;  // not the same day of the week each time
+    for (::time_t second = begin; second < end; second += step) {
+        ASSERT_EQ(from_utc(utc(second), zone), asTheSystemSays(second)) << second;
+    }
+}
+
+TEST(MachineZoneTest, ChangeOfTheZoneIsNotSeenByAnObjectThatIsThere) {
+    // In the years 2024, 2150 and 9000.
+    constexpr ::time_t seconds[] = {1720000000, 5696000000, 221846000000};
+    const timezone zone("");
+    std::vector<ptime> before;
+    for (const ::time_t second : seconds)
+        before.push_back(from_utc(utc(second), zone));
     const char* const earlier = ::getenv("TZ");
     const std::string setting = earlier == nullptr ? "" : earlier;
     ::setenv("TZ", "Pacific/Kiritimati", 1);
     ::tzset();
-    EXPECT_EQ(from_utc(utc(second), zone), before);
+    for (std::size_t i = 0; i < before.size(); ++i)
+        EXPECT_EQ(from_utc(utc(seconds[i]), zone), before[i]);
     earlier == nullptr ? ::unsetenv("TZ") : ::setenv("TZ", setting.c_str(), 1);
     ::tzset();
 }
