@@ -1,7 +1,6 @@
 // Trees and files on the local disk that are large, deep or odd: what a transfer keeps, and what it needs.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include "platform/storage_vfs.h"
 #include "runtime/process/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/tree_listing.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/support/scratch_folder.h"
 
 namespace {
@@ -23,22 +23,6 @@ namespace fs = std::filesystem;
 namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
 using korvex::runtime::process::FileDescriptor;
-
-/// Lets the process have only so many open files for as long as the object lives.
-class FewOpenFiles {
-public:
-    explicit FewOpenFiles(rlim_t most) {
-        ::getrlimit(RLIMIT_NOFILE, &earlier_);
-        const struct rlimit few { most, earlier_.rlim_max };
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    }
-    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &earlier_); }
-    FewOpenFiles(const FewOpenFiles&) = delete;
-    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
-
-private:
-    struct rlimit earlier_ {};
-};
 
 class LocalTreesTest : public testing::Test {
 protected:
@@ -78,7 +62,7 @@ protected:
 
 TEST_F(LocalTreesTest, DepthHasNoLimitAndHandlesStayFew) {
     constexpr int levels = 5000;
-    const FewOpenFiles few(400);
+    const korvex::tests::FewOpenFiles few(400);
     makeComb("deep", levels);
     EXPECT_EQ(entriesBelow("deep"), std::size_t{3} * levels);
 
@@ -95,7 +79,7 @@ TEST_F(LocalTreesTest, DepthHasNoLimitAndHandlesStayFew) {
 TEST_F(LocalTreesTest, KeptListingsOfADeepTreeStayUsableAndHandlesFew) {
     constexpr int levels = 1000;
     makeComb("deep", levels);
-    const FewOpenFiles few(200);
+    const korvex::tests::FewOpenFiles few(200);
     std::vector<vfs::FolderListing<vfs::ListEntry>> listings;
     listings.push_back(folder("deep").listAll(u""));
     while (!listings.back().empty()) {

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <stdio.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <filesystem>
@@ -16,6 +15,7 @@
 
 #include "platform/path_management.h"
 #include "runtime/storage/providers/local/local_provider.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/support/posix/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/storage/memory_boxes.h"
@@ -46,22 +46,6 @@ public:
     std::function<void()> whenRead;
     std::function<void()> whenWritten;
     std::function<void()> whenAllIsCopied;
-};
-
-/// Lets the process have only so many open files for as long as the object lives.
-class FewOpenFiles {
-public:
-    explicit FewOpenFiles(::rlim_t most) {
-        ::getrlimit(RLIMIT_NOFILE, &earlier_);
-        const struct ::rlimit few { most, earlier_.rlim_max };
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    }
-    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &earlier_); }
-    FewOpenFiles(const FewOpenFiles&) = delete;
-    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
-
-private:
-    struct ::rlimit earlier_ {};
 };
 
 class TransfersWithDisk : public ::testing::Test {
@@ -446,7 +430,7 @@ TEST_F(TransfersWithDisk, DepthNeedsFewHandles) {
         pathInMemory += u"/d";
     }
     put(path + "/last", "at the end");
-    const FewOpenFiles few(64);
+    const korvex::tests::FewOpenFiles few(64);
     copyFolderBetween(disk("source"), memory(u"copy"), provider::ReplaceWritable);
     EXPECT_EQ(contentInMemory(pathInMemory + u"/last"), "at the end");
     moveFolderBetween(memory(u"copy"), disk("moved"), provider::ReplaceWritable);

@@ -1,7 +1,6 @@
 // What a walk does when it runs out of something: open files, memory.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <cerrno>
@@ -10,6 +9,7 @@
 #include <string>
 
 #include "runtime/storage/providers/local/posix/tree_walk.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/support/scratch_folder.h"
 
 namespace {
@@ -36,22 +36,6 @@ namespace korvex::runtime::storage::posix {
 namespace {
 
 constexpr unsigned manyWorkers = 64;
-
-/// Lets the process have only so many open files for as long as the object lives.
-class FewOpenFiles {
-public:
-    explicit FewOpenFiles(rlim_t most) {
-        ::getrlimit(RLIMIT_NOFILE, &earlier_);
-        const struct rlimit few { most, earlier_.rlim_max };
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    }
-    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &earlier_); }
-    FewOpenFiles(const FewOpenFiles&) = delete;
-    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
-
-private:
-    struct rlimit earlier_ {};
-};
 
 /// Opens both sides of every folder, and while it is with an entry, as many files as the copy of one needs.
 class Demanding : public TreeVisitor {
@@ -120,7 +104,7 @@ private:
 };
 
 TEST_F(TreeWalkLimits, ItGetsAlongWithAsManyOpenFilesAsTheProcessMayHave) {
-    const FewOpenFiles few(96);
+    const korvex::tests::FewOpenFiles few(96);
     for (const unsigned workers : {1U, manyWorkers})
         EXPECT_EQ(walk(workers), std::size_t{wide} + deep);
 }

@@ -1,6 +1,5 @@
 // Reading the content of web locations: in full or not at all, and no faster than somebody reads.
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include <array>
 #include <chrono>
@@ -11,6 +10,7 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/transfer_progress.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/unit/web_provider/one_answer_server.h"
 #include "tests/unit/web_provider/web_questions.h"
 
@@ -47,22 +47,6 @@ std::string manyBytes(std::size_t size) {
     bytes.resize(size);
     return bytes;
 }
-
-/// Lets the process have only so many open files for as long as the object lives.
-class FewOpenFiles {
-public:
-    explicit FewOpenFiles(::rlim_t most) {
-        ::getrlimit(RLIMIT_NOFILE, &earlier_);
-        const struct ::rlimit few { most, earlier_.rlim_max };
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    }
-    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &earlier_); }
-    FewOpenFiles(const FewOpenFiles&) = delete;
-    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
-
-private:
-    struct ::rlimit earlier_ {};
-};
 
 class WebContent : public ::testing::Test {
 protected:
@@ -236,7 +220,7 @@ TEST_F(WebContent, WhenTheLibraryItselfFailsOnTheWayItIsAnInternalError) {
     std::optional<vfs::Exception> failure;
     {
         // So few that the library cannot even wait for the connection that it has.
-        const FewOpenFiles few(1);
+        const korvex::tests::FewOpenFiles few(1);
         try {
             std::array<std::byte, 10> buffer{};
             stream->read(buffer);

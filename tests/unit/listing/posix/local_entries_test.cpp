@@ -13,6 +13,7 @@
 
 #include "platform/storage_vfs.h"
 #include "runtime/process/posix/file_descriptor.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/support/posix/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/unit/listing/lister_calls.h"
@@ -25,22 +26,6 @@ namespace vfs = foundation::storage::vfs;
 using korvex::runtime::process::FileDescriptor;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// Lets the process have only so many open files for as long as the object lives.
-class FewOpenFiles {
-public:
-    explicit FewOpenFiles(rlim_t most) {
-        ::getrlimit(RLIMIT_NOFILE, &earlier_);
-        const struct rlimit few { most, earlier_.rlim_max };
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    }
-    ~FewOpenFiles() { ::setrlimit(RLIMIT_NOFILE, &earlier_); }
-    FewOpenFiles(const FewOpenFiles&) = delete;
-    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
-
-private:
-    struct rlimit earlier_ {};
-};
 
 class LocalEntriesTest : public testing::Test {
 protected:
@@ -261,7 +246,7 @@ TEST_F(LocalEntriesTest, DepthHasNoLimitAndHandlesStayFew) {
             level = FileDescriptor(::openat(level.get(), "down", O_PATH | O_DIRECTORY));
         }
     }
-    const FewOpenFiles few(250);
+    const korvex::tests::FewOpenFiles few(250);
     EXPECT_EQ(calls_.entries(u"**/*").size(), std::size_t{2} * levels);
     displayCalls().clear();
     std::vector<FileNameWithStatLight> buffer;
@@ -280,7 +265,7 @@ TEST_F(LocalEntriesTest, ListingThatRunsOutOfHandlesIsRaisedAndNotCutShort) {
                  vfs::Exception);
     const int lowestFree = FileDescriptor(::open("/", O_PATH)).get();
     // Room for the folder itself, and for none below it.
-    const FewOpenFiles few(static_cast<rlim_t>(lowestFree) + 1);
+    const korvex::tests::FewOpenFiles few(static_cast<rlim_t>(lowestFree) + 1);
     EXPECT_THROW(calls_.entries(u"**/*"), vfs::Exception);
     EXPECT_EQ(calls_.entries(u"*").size(), 1U);
 }
