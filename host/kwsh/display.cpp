@@ -5,37 +5,16 @@
 #include <vector>
 
 #include "host/kwsh/values.h"
-#include "platform/string_matrix.h"
+#include "runtime/interpreter/structure_display.h"
 
 namespace korvex::host {
+
+namespace interpreter = runtime::interpreter;
+
 namespace {
 
 constexpr std::u16string_view indent = u"    ";
 constexpr std::u16string_view gap = u"    ";
-constexpr std::size_t longestShortRow = 8;
-
-/// The text with pictures in place of control characters.
-std::u16string visible(std::u16string text) {
-    for (char16_t& unit : text) {
-        if (unit < 0x20) {
-            unit = static_cast<char16_t>(0x2400 + unit);
-        } else if (unit == 0x7F) {
-            unit = u'\u2421';
-        } else if (unit >= 0x80 && unit < 0xA0) {
-            unit = u'\uFFFD';  // these have no picture
-        }
-    }
-    return text;
-}
-
-std::u16string quoted(std::u16string_view text, char16_t quote) {
-    std::u16string result(1, quote);
-    for (const char16_t unit : text) {
-        if (unit == quote) result += quote;
-        result += unit;
-    }
-    return visible(result + quote);
-}
 
 /// Places on the screen: a surrogate pair is one character, marks that combine take no place of their own.
 std::size_t widthOf(std::u16string_view text) {
@@ -46,28 +25,18 @@ std::size_t widthOf(std::u16string_view text) {
     }));
 }
 
-std::u16string stringForm(const std::optional<std::u16string>& text) {
-    return text ? quoted(*text, u'"') : std::u16string(u"<missing>");
+bool isNumeric(const kxArray* array) {
+    return kxGetClassID(array) == kxDOUBLE_CLASS || kxGetClassID(array) == kxLOGICAL_CLASS;
 }
 
 /// The text of one element of an array that is no structure.
 std::u16string elementForm(const kxArray* array, std::size_t index) {
-    switch (kxGetClassID(array)) {
-        case kxDOUBLE_CLASS: return widen(numberText(kxGetDoubles(array)[index]));
-        case kxLOGICAL_CLASS: return kxGetLogicals(array)[index] ? u"1" : u"0";
-        case kxSTRING_CLASS: return stringForm(kxGetStringElement(array, index));
-        default: break;
-    }
+    if (isNumeric(array) || kxGetClassID(array) == kxSTRING_CLASS)
+        return interpreter::elementForm(array, index);
     const Value content = shared(kxGetCell(array, index));
-    const kxClassID classID = kxGetClassID(content.get());
-    const bool isNumber =
-        isScalar(content.get()) && (classID == kxDOUBLE_CLASS || classID == kxLOGICAL_CLASS);
+    const bool isNumber = isScalar(content.get()) && isNumeric(content.get());
     const std::u16string form = shortForm(content.get());
     return isNumber ? u"{[" + form + u"]}" : u"{" + form + u"}";
-}
-
-bool isNumeric(const kxArray* array) {
-    return kxGetClassID(array) == kxDOUBLE_CLASS || kxGetClassID(array) == kxLOGICAL_CLASS;
 }
 
 // ------------------------------------------------------------------------------------------ tables
@@ -150,7 +119,7 @@ void appendChars(std::u16string& text, const kxArray* chars, const Page& page) {
         for (std::size_t column = 0; column < page.columns; ++column) {
             line += units[page.begin + column * page.rows + row];
         }
-        text += std::u16string(indent) + visible(std::move(line)) + u'\n';
+        text += std::u16string(indent) + interpreter::visible(std::move(line)) + u'\n';
     }
 }
 
@@ -200,25 +169,7 @@ void appendStructure(std::u16string& text, const kxArray* structure) {
 
 }  // namespace
 
-std::u16string shortForm(const kxArray* value) {
-    const auto dimensions = kxGetDimensions(value);
-    const std::size_t count = kxGetNumberOfElements(value);
-    const bool isRow = dimensions.size() == 2 && dimensions[0] == 1;
-    const kxClassID classID = kxGetClassID(value);
-    if (classID == kxCHAR_CLASS &&
-        ((isRow && count > 0) || (dimensions.size() == 2 && dimensions[0] == 0 && dimensions[1] == 0))) {
-        const std::span<const char16_t> units = kxGetChars(value);
-        return quoted({units.data(), units.size()}, u'\'');
-    }
-    if (count == 1 && (isNumeric(value) || classID == kxSTRING_CLASS)) return elementForm(value, 0);
-    if (isRow && isNumeric(value) && count > 1 && count <= longestShortRow) {
-        std::u16string row;
-        for (std::size_t at = 0; at < count; ++at)
-            row += (at == 0 ? u"[" : u" ") + elementForm(value, at);
-        return row + u']';
-    }
-    return sizeAndClassText(value);
-}
+std::u16string shortForm(const kxArray* value) { return interpreter::shortForm(value); }
 
 std::u16string displayText(std::string_view name, const kxArray* value, std::size_t columns) {
     std::u16string text = widen(name) + u" =\n";

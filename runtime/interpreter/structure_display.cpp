@@ -1,20 +1,19 @@
 // Printing of the fields of a structure.
+#include "runtime/interpreter/structure_display.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <optional>
 #include <ostream>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "platform/services_io.h"
 #include "runtime/text/encoding.h"
 
+namespace korvex::runtime::interpreter {
 namespace {
-
-namespace text = korvex::runtime::text;
-
-constexpr std::u16string_view indent = u"    ";
 
 std::u16string numberForm(double number) {
     if (std::isnan(number)) return u"NaN";
@@ -29,23 +28,13 @@ std::u16string numberForm(double number) {
     return std::u16string(digits.data(), written.ptr);
 }
 
-/// A name of a file may hold anything: nothing of it may command the terminal.
-char16_t visible(char16_t unit) noexcept {
-    constexpr char16_t pictures = 0x2400;
-    constexpr char16_t pictureOfDelete = 0x2421;
-    constexpr char16_t replacementCharacter = 0xFFFD;
-    if (unit < 0x20) return static_cast<char16_t>(pictures + unit);
-    if (unit == 0x7F) return pictureOfDelete;
-    return unit > 0x7F && unit < 0xA0 ? replacementCharacter : unit;
-}
-
 std::u16string quoted(std::u16string_view content, char16_t quote) {
     std::u16string form(1, quote);
     for (const char16_t unit : content) {
         if (unit == quote) form += quote;
-        form += visible(unit);
+        form += unit;
     }
-    return form + quote;
+    return visible(form + quote);
 }
 
 std::u16string sizeAndClass(const kxArray* value) {
@@ -61,15 +50,49 @@ bool isText(const kxArray* value) {
     return (sizes[0] == 1 && sizes[1] > 0) || (sizes[0] == 0 && sizes[1] == 0);
 }
 
-std::u16string scalarForm(const kxArray* value) {
-    switch (kxGetClassID(value)) {
-        case kxLOGICAL_CLASS: return kxGetLogicals(value)[0] ? u"1" : u"0";
-        case kxDOUBLE_CLASS: return numberForm(kxGetDoubles(value)[0]);
-        case kxSTRING_CLASS: {
-            const std::optional<std::u16string>& string = kxGetStringElement(value, 0);
+bool isNumeric(const kxArray* value) {
+    return kxGetClassID(value) == kxDOUBLE_CLASS || kxGetClassID(value) == kxLOGICAL_CLASS;
+}
+
+bool isShortRow(const kxArray* value) {
+    constexpr std::size_t longest = 8;
+    const std::span<const std::size_t> sizes = kxGetDimensions(value);
+    return isNumeric(value) && sizes.size() == 2 && sizes[0] == 1 && sizes[1] > 1 && sizes[1] <= longest;
+}
+
+std::u16string rowForm(const kxArray* row) {
+    std::u16string form;
+    for (std::size_t at = 0; at < kxGetNumberOfElements(row); ++at)
+        form += (at == 0 ? u"[" : u" ") + elementForm(row, at);
+    return form + u']';
+}
+
+}  // namespace
+
+std::u16string visible(std::u16string text) {
+    constexpr char16_t pictures = 0x2400;
+    constexpr char16_t pictureOfDelete = 0x2421;
+    constexpr char16_t replacementCharacter = 0xFFFD;
+    for (char16_t& unit : text) {
+        if (unit < 0x20) {
+            unit = static_cast<char16_t>(pictures + unit);
+        } else if (unit == 0x7F) {
+            unit = pictureOfDelete;
+        } else if (unit >= 0x80 && unit < 0xA0) {
+            unit = replacementCharacter;  // these have no picture
+        }
+    }
+    return text;
+}
+
+std::u16string elementForm(const kxArray* array, std::size_t index) {
+    switch (kxGetClassID(array)) {
+        case kxLOGICAL_CLASS: return kxGetLogicals(array)[index] ? u"1" : u"0";
+        case kxDOUBLE_CLASS: return numberForm(kxGetDoubles(array)[index]);
+        default: {
+            const std::optional<std::u16string>& string = kxGetStringElement(array, index);
             return string ? quoted(*string, u'"') : u"<missing>";
         }
-        default: return sizeAndClass(value);
     }
 }
 
@@ -79,10 +102,12 @@ std::u16string shortForm(const kxArray* value) {
         const std::span<const char16_t> units = kxGetChars(value);
         return quoted({units.data(), units.size()}, u'\'');
     }
-    return kxGetNumberOfElements(value) == 1 ? scalarForm(value) : sizeAndClass(value);
+    const bool hasElementForm = isNumeric(value) || kxGetClassID(value) == kxSTRING_CLASS;
+    if (hasElementForm && kxGetNumberOfElements(value) == 1) return elementForm(value, 0);
+    return isShortRow(value) ? rowForm(value) : sizeAndClass(value);
 }
 
-}  // namespace
+}  // namespace korvex::runtime::interpreter
 
 namespace services::io {
 
@@ -93,13 +118,21 @@ std::wstring GetNewline() { return L"\n"; }
 namespace io::legacy {
 
 using services::io::operator<<;
+namespace interpreter = korvex::runtime::interpreter;
+namespace text = korvex::runtime::text;
+
+namespace {
+
+constexpr std::u16string_view indent = u"    ";
+
+}  // namespace
 
 void ioPrintScalarStructureFieldsGroup(std::wostream& stream, const kxArray* structure) {
     if (kxGetNumberOfElements(structure) == 0) return;
     for (int field = 0; field < kxGetNumberOfFields(structure); ++field) {
         std::u16string line(indent);
         line += text::fromBytes(kxGetFieldNameByNumber(structure, field)) + u": ";
-        line += shortForm(kxGetFieldByNumber(structure, 0, field));
+        line += interpreter::shortForm(kxGetFieldByNumber(structure, 0, field));
         stream << line << services::io::GetNewline();
     }
 }
