@@ -2,6 +2,7 @@
 #include "platform/many_files.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "runtime/storage/storage_system.h"
 
@@ -40,7 +41,11 @@ CopiesAhead::CopiesAhead(const std::vector<std::pair<File, File>>& files,
             return;
         pairs.emplace_back(source.getLocation(), destination.getLocation());
     }
-    work_ = provider->copyAhead(std::move(pairs), policy);
+    try {
+        work_ = provider->copyAhead(std::move(pairs), policy);
+    } catch (const std::exception&) {
+        // Then nothing is made ahead.
+    }
 }
 
 }  // namespace foundation::storage::vfs

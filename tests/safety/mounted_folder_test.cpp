@@ -105,6 +105,35 @@ TEST_F(MountedFolderTest, MergeOnOneDiskLeavesWhatIsMountedInTheSource) {
                   [&] { folderAt(tree_).moveFolder(folderAt(workDisk() / "target"), provider::ReplaceAny); }),
               vfs::resourceInUse);
     expectGuarded();
+    EXPECT_TRUE(fs::is_empty(workDisk() / "target" / "sub"));
+    fs::remove_all(workDisk() / "target");
+}
+
+TEST_F(MountedFolderTest, FileThatIsMountedStopsAMoveBeforeAnythingIsRemoved) {
+    fs::create_directories(other_ / "tree");
+    for (const fs::path& real : {guarded_ / "file", other_ / "tree" / "file"}) {
+        writeContent(real, "the only copy");
+        writeContent(tree_ / "file", "");
+        ASSERT_EQ(::mount(real.c_str(), (tree_ / "file").c_str(), nullptr, MS_BIND, nullptr), 0);
+        EXPECT_EQ(codeRaisedBy(
+                      [&] { folderAt(tree_).moveFolder(folderAt(other_ / "tree"), provider::ReplaceAny); }),
+                  vfs::resourceInUse);
+        ::umount2((tree_ / "file").c_str(), MNT_DETACH);
+        EXPECT_EQ(contentOf(real), "the only copy");
+        EXPECT_TRUE(fs::exists(tree_ / "sub"));
+    }
+}
+
+TEST_F(MountedFolderTest, FolderThatIsMountedIsNotEmptiedByAMerge) {
+    fs::create_directories(workDisk() / "target");
+    const SecondPlace place(guarded_, tree_ / "mounted");
+    EXPECT_EQ(
+        codeRaisedBy([&] {
+            folderAt(tree_ / "mounted").moveFolder(folderAt(workDisk() / "target"), provider::ReplaceAny);
+        }),
+        vfs::resourceInUse);
+    expectGuarded();
+    EXPECT_TRUE(fs::is_empty(workDisk() / "target"));
     fs::remove_all(workDisk() / "target");
 }
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <string_view>
 
@@ -51,7 +52,8 @@ std::string withoutDoubleDots(const std::string& path) {
     if (!hasDoubleDots(path)) return path;
     const std::string above = folderOf(path);
     const std::unique_ptr<char, Free> folder(::realpath(above.c_str(), nullptr));
-    return folder ? std::string(folder.get()) + '/' + path.substr(above.size()) : std::string();
+    if (!folder) return {};
+    return (std::filesystem::path(folder.get()) / path.substr(above.size())).native();
 }
 
 }  // namespace

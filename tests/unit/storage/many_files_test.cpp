@@ -3,7 +3,10 @@
 #include "platform/many_files.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -42,10 +45,14 @@ protected:
         return {Velquist::PathManagement::GetIRIFromString(path.u16string()),
                 Velquist::KorvexStorageSystem::GetStorageSystemReference()};
     }
+    /// As a listing gives them, in the order of their names, each to the file of its name.
     Pairs pairs() const {
         Pairs files;
-        for (std::size_t i = 0; i < count; ++i)
-            files.emplace_back(at(scratch_.path() / "s" / nameOf(i)), at(target_ / nameOf(i)));
+        const vfs::Folder source(at(scratch_.path() / "s").getLocation(),
+                                 Velquist::KorvexStorageSystem::GetStorageSystemReference());
+        for (const vfs::ListEntry& entry : source.listAll(u""))
+            files.emplace_back(boost::get<vfs::File>(entry.getFileOrFolder()),
+                               at(target_ / entry.getLocation().getName()));
         return files;
     }
     std::size_t entriesInTarget() const {
@@ -182,13 +189,62 @@ TEST_F(ManyFilesTest, LargeFilesAmongThemAreCopiedToo) {
 }
 
 TEST_F(ManyFilesTest, SourceThatIsGoneIsToldInItsTurn) {
-    fs::remove(scratch_.path() / "s" / nameOf(30));
     const Pairs files = pairs();
+    fs::remove(scratch_.path() / "s" / nameOf(30));
     {
         const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
         EXPECT_EQ(copyAll(files), (std::pair{std::size_t{30}, int{vfs::resourceNotFound}}));
     }
     EXPECT_EQ(entriesInTarget(), 30U);
+}
+
+TEST_F(ManyFilesTest, SourceThatLeadsToWhatIsStillToComeIsCopiedInItsTurn) {
+    // Each links to the copy of the one before it: whole by then, and to be read as a whole.
+    for (std::size_t i = 1; i < count; i += 2) {
+        fs::remove(scratch_.path() / "s" / nameOf(i));
+        fs::create_symlink("../t/" + nameOf(i - 1), scratch_.path() / "s" / nameOf(i));
+    }
+    const Pairs files = pairs();
+    const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+    EXPECT_EQ(copyAll(files), (std::pair{count, -1}));
+    for (std::size_t i = 1; i < count; i += 2)
+        ASSERT_EQ(contentOf(i), contentFor(i - 1));
+}
+
+TEST_F(ManyFilesTest, SourceThatLeadsNowhereYetIsToldSo) {
+    fs::remove(scratch_.path() / "s" / nameOf(10));
+    fs::create_symlink("../t/" + nameOf(11), scratch_.path() / "s" / nameOf(10));
+    const Pairs files = pairs();
+    {
+        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        awaitCopiesAhead(10);
+        EXPECT_EQ(copyAll(files), (std::pair{std::size_t{10}, int{vfs::resourceNotFound}}));
+    }
+    EXPECT_EQ(entriesInTarget(), 10U);
+}
+
+TEST_F(ManyFilesTest, WithoutFurtherThreadsItGoesAllTheSame) {
+    fs::permissions(scratch_.path(), fs::perms(0777));
+    fs::permissions(target_, fs::perms(0777));
+    std::vector<vfs::Item> items;
+    for (int i = 0; i < 3000; ++i)
+        items.emplace_back(at(target_ / std::to_string(i)));
+    const Pairs files = pairs();
+    const pid_t process = ::fork();
+    if (process == 0) {
+        constexpr ::uid_t nobody = 65534;
+        const struct ::rlimit one { 1, 1 };
+        if (::geteuid() == 0 && ::setuid(nobody) != 0) ::_exit(1);
+        if (::setrlimit(RLIMIT_NPROC, &one) != 0) ::_exit(2);
+        if (vfs::firstUnwritable(items, [] {}) != items.size()) ::_exit(3);
+        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        ::_exit(copyAll(files) == std::pair{count, -1} ? 0 : 4);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(process, &status, 0), process);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(entriesInTarget(), count);
 }
 
 TEST_F(ManyFilesTest, FirstUnwritableIsTheFirstOneInOrder) {

@@ -9,13 +9,16 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/message_identifiers.h"
 #include "platform/path_management.h"
 #include "runtime/configuration/configuration_folder.h"
 #include "runtime/dispatcher/current_folder.h"
+#include "runtime/dispatcher/environment_events.h"
 #include "runtime/dispatcher/folder_views.h"
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/fault_injection/fault_injecting_provider.h"
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/storage/providers/memory/memory_provider.h"
@@ -33,6 +36,24 @@ using runtime::storage::FaultInjectingProvider;
 using runtime::storage::Operation;
 using Names = std::set<std::string>;
 using Warnings = std::vector<std::string>;
+
+/// A user who has seen enough when the first file is gone.
+class InterruptingWatcher {
+public:
+    InterruptingWatcher()
+        : earlier_(runtime::dispatcher::watchEvents([](const runtime::dispatcher::EnvironmentEvent&) {
+              runtime::interpreter::raiseInterrupt();
+          })) {}
+    ~InterruptingWatcher() {
+        runtime::dispatcher::watchEvents(std::move(earlier_));
+        runtime::interpreter::takeInterrupt();
+    }
+    InterruptingWatcher(const InterruptingWatcher&) = delete;
+    InterruptingWatcher& operator=(const InterruptingWatcher&) = delete;
+
+private:
+    runtime::dispatcher::EventWatcher earlier_;
+};
 
 class DeleteTest : public testing::Test {
 protected:

@@ -137,6 +137,27 @@ TEST_F(DeletePackagesTest, EachMatchIsToldAheadOfItsRemoval) {
                             warning(KORVEX::DELETE::Permission())));
 }
 
+TEST_F(DeletePackagesTest, MatchThatLeadsIntoAPackageIsToldOfWhenLinksAreResolved) {
+    make({"links/"});
+    makeLink("../fixed/a1", "links/toA");
+    EXPECT_THAT(deleteResolving(u"links/*"), ElementsAre(notice(u"fixed/a1", u"Fixed")));
+    EXPECT_FALSE(fs::exists(diskPath("fixed/a1")));
+}
+
+TEST_F(DeletePackagesTest, NoticeStandsBetweenTheUnprotectionAndTheRemoval) {
+    std::vector<Operation> steps;
+    const auto receiver = runtime::interpreter::setWarningReceiver([&](const runtime::interpreter::Warning&) {
+        for (const storage::Call& call : local_->calls())
+            steps.push_back(call.operation);
+    });
+    EXPECT_EQ(outcomeOfArrays(text(u"fixed/a1")).errorIdentifier, "");
+    runtime::interpreter::setWarningReceiver(receiver);
+    EXPECT_THAT(steps, testing::Contains(Operation::setWritable));
+    EXPECT_THAT(steps, testing::Not(testing::Contains(Operation::removeFile)));
+    EXPECT_EQ(local_->callsOf(Operation::setWritable).size(), 1U);
+    EXPECT_EQ(local_->callsOf(Operation::removeFile).size(), 1U);
+}
+
 TEST_F(DeletePackagesTest, OfAnEditablePackageOnlyTheDefinitionIsToldOf) {
     EXPECT_THAT(deleteNames({u"open/a", u"open/kpackage.json"}),
                 ElementsAre(notice(u"open/kpackage.json", u"Open")));
@@ -160,6 +181,12 @@ TEST_F(DeletePackagesTest, RegistryThatCannotBeReadStopsTheRemovalWithAWarning) 
     fs::create_directory(configuration_.path() / "korvex" / "packages.json");
     EXPECT_THAT(deleteNames({u"fixed/a1"}), ElementsAre(warning(KORVEX::DELETE::Permission())));
     EXPECT_TRUE(fs::exists(diskPath("fixed/a1")));
+    make({"fixed/a0/"});
+    EXPECT_THAT(deleteNames({u"fixed/a*"}),
+                ElementsAre(warning(KORVEX::DELETE::DirectoryDeletion(pathOf(u"fixed/a0"))),
+                            warning(KORVEX::DELETE::Permission())))
+        << "folders are passed over, the first file tells";
+    EXPECT_TRUE(fs::exists(diskPath("fixed/a1")) && fs::exists(diskPath("fixed/a2")));
 }
 
 }  // namespace

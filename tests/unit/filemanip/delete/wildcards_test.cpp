@@ -102,6 +102,22 @@ TEST_F(DeleteWildcardsTest, EachMatchIsLookedAtOnceMore) {
     EXPECT_THAT(asked, ElementsAre(u"a*", u"a1", u"a2"));
 }
 
+TEST_F(DeleteWildcardsTest, MatchThatIsGoneWhenItIsLookedAtEndsTheListingWithoutAWord) {
+    make({"a1", "a2", "a3", "b"});
+    const auto watcher = runtime::dispatcher::watchEvents(
+        [this](const runtime::dispatcher::EnvironmentEvent&) { fs::remove(diskPath("a2")); });
+    EXPECT_THAT(deleteNames({u"a*", u"b"}), IsEmpty());
+    runtime::dispatcher::watchEvents(watcher);
+    EXPECT_EQ(left(), Names{"a3"});
+}
+
+TEST_F(DeleteWildcardsTest, QuestionMarkIsOneUnitAndNotSilentWithoutAMatch) {
+    make({"a", "ab", "ac", "abc"});
+    EXPECT_THAT(deleteNames({u"a?"}), IsEmpty());
+    EXPECT_EQ(left(), (Names{"a", "abc"}));
+    EXPECT_THAT(deleteNames({u"a?"}), ElementsAre(warning(KORVEX::DELETE::FileNotFound(u"a?"))));
+}
+
 TEST_F(DeleteWildcardsTest, SeveralStarsAndSeveralNames) {
     make({"x1y2z", "x1y", "1y2", "b1", "c1"});
     EXPECT_THAT(deleteNames({u"*y*z", u"b*", u"*c*"}), IsEmpty());
@@ -120,6 +136,21 @@ TEST_F(DeleteWildcardsTest, FailureEndsTheListingAndNotTheCommand) {
     local_->failAt(Operation::removeFile, locationOf(u"a2"), {.code = vfs::permissionDenied});
     EXPECT_THAT(deleteNames({u"a*", u"b"}), ElementsAre(warning(KORVEX::DELETE::Permission())));
     EXPECT_EQ(left(), (Names{"a2", "a3"}));
+}
+
+TEST_F(DeleteWildcardsTest, InterruptReadsAsNotFoundAndLeavesTheFilesBehindIt) {
+    make({"a1", "a2", "b", "c1", "d/"});
+    makeLink("d", "toFolder");
+    const std::u16string location = u"file://" + pathOf(u"b");
+    const InterruptingWatcher watcher;
+    EXPECT_THAT(
+        deleteNames({u"a*", u"b", u"c*", location, u"nothing*", u"toFolder"}),
+        ElementsAre(warning(KORVEX::DELETE::FileNotFound(u"a*")), warning(KORVEX::DELETE::FileNotFound(u"b")),
+                    warning(KORVEX::DELETE::FileNotFound(u"c*")),
+                    warning(KORVEX::virtualfilesystem::unknownError(location)),
+                    warning(KORVEX::DELETE::FileNotFound(u"nothing*"))));
+    EXPECT_EQ(left(), (Names{"a2", "b", "c1", "d"})) << "links to folders go even then";
+    EXPECT_TRUE(runtime::interpreter::isInterruptPending());
 }
 
 TEST_F(DeleteWildcardsTest, SeparatorBehindTheStarMakesNoDifference) {

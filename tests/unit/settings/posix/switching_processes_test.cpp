@@ -56,7 +56,7 @@ TEST_F(SwitchingProcessesTest, AreKilledAtAnyMomentAndLeaveAWholeFile) {
         const std::size_t victim = random() % processes.size();
         letChange(*processes[victim], *changes[victim], 1 + static_cast<int>(random() % 3));
         for (auto questions = random() % 200; questions > 0; --questions)
-            ASSERT_NO_THROW(value());
+            ASSERT_NO_THROW(value(u"user"));
         ASSERT_EQ(processes[victim]->kill(), -SIGKILL) << "it failed by itself";
         ASSERT_NO_THROW(value(u"user"));
         processes[victim] = switching(*changes[victim]);

@@ -8,6 +8,9 @@ namespace {
 constexpr long stepOfWaiting = 1'000'000;
 constexpr long nanosecondsInSecond = 1'000'000'000;
 
+/// Some file systems keep whole seconds, or every second one.
+constexpr time_t coarsestStep = 2;
+
 /// Whether a change that is still to come could get the same time.
 bool isFresh(const struct ::timespec& changed) noexcept {
     struct ::timespec step {};
@@ -15,7 +18,9 @@ bool isFresh(const struct ::timespec& changed) noexcept {
     if (::clock_getres(CLOCK_REALTIME_COARSE, &step) != 0 ||
         ::clock_gettime(CLOCK_REALTIME_COARSE, &now) != 0)
         return false;
-    const time_t seconds = changed.tv_sec - now.tv_sec;
+    const time_t age = now.tv_sec - changed.tv_sec;
+    if (changed.tv_nsec == 0 && age >= 0 && age < coarsestStep) return true;
+    const time_t seconds = -age;
     // Times that are far ahead come from another clock.
     if (seconds < 0 || seconds > 1) return false;
     const long ahead = seconds * nanosecondsInSecond + changed.tv_nsec - now.tv_nsec;

@@ -32,9 +32,14 @@ CopiesAhead::CopiesAhead(std::vector<FilePair> files, ReplacementPolicy policy)
     : files_(std::move(files)), policy_(policy), transfer_(policy), states_(files_.size()), made_(mostAhead) {
     // The caller copies too.
     const unsigned threads = std::min(std::max(std::thread::hardware_concurrency(), 1U) - 1, mostThreads);
+    threads_.reserve(threads);
+    try {
+        while (threads_.size() < threads)
+            threads_.emplace_back([this] { work(); });
+    } catch (const std::exception&) {
+        // It goes with fewer.
+    }
     ofThread = this;
-    for (unsigned i = 0; i < threads; ++i)
-        threads_.emplace_back([this] { work(); });
 }
 
 CopiesAhead::~CopiesAhead() {
@@ -49,6 +54,13 @@ bool CopiesAhead::takeNext(const AbsoluteIRI& source, const AbsoluteIRI& destina
     Lock lock(mutex_);
     const bool isExpected = !isStopped_ && next_ < files_.size() && policy == policy_ &&
                             files_[next_].first == source && files_[next_].second == destination;
+    if (isExpected && !isPlainFile(next_)) {
+        // All before it have been taken, and none behind it has been begun.
+        unclaimed_ = ++next_;
+        lock.unlock();
+        changed_.notify_all();
+        return false;
+    }
     const State outcome = isExpected ? outcomeOf(next_, lock) : State::failed;
     const bool isMade = outcome == State::made;
     if (isMade || (outcome == State::tooLarge && isVacant(next_))) {
@@ -86,10 +98,16 @@ CopiesAhead::State CopiesAhead::outcomeOf(std::size_t index, Lock& lock) {
 }
 
 bool CopiesAhead::claim(std::size_t& index) {
-    if (unclaimed_ == files_.size() || unclaimed_ >= next_ + mostAhead) return false;
+    const bool mayClaim =
+        unclaimed_ < files_.size() && unclaimed_ < next_ + mostAhead && isPlainFile(unclaimed_);
+    if (!mayClaim) return false;
     index = unclaimed_++;
     states_[index] = State::underWay;
     return true;
+}
+
+bool CopiesAhead::isPlainFile(std::size_t index) const noexcept {
+    return files_[index].first.parts().isKnownFile;
 }
 
 void CopiesAhead::work() {
@@ -113,9 +131,7 @@ void CopiesAhead::copy(std::size_t index) {
     try {
         const Place from(files_[index].first);
         const Place to(files_[index].second);
-        const bool isKnownFile = files_[index].first.parts().isKnownFile;
-        const Failure failure =
-            transfer_.copyOntoNothing(entryAt(from), isKnownFile, entryAt(to), mostBytes, made);
+        const Failure failure = transfer_.copyOntoNothing(entryAt(from), entryAt(to), mostBytes, made);
         if (!failure) outcome = State::made;
         if (failure.systemError == EFBIG) outcome = State::tooLarge;
     } catch (const std::exception&) {
@@ -129,7 +145,7 @@ void CopiesAhead::copy(std::size_t index) {
     changed_.notify_all();
 }
 
-void CopiesAhead::withdraw() {
+bool CopiesAhead::withdraw() {
     {
         const Lock lock(mutex_);
         isStopped_ = true;
@@ -138,8 +154,13 @@ void CopiesAhead::withdraw() {
     for (std::thread& thread : threads_)
         thread.join();
     threads_.clear();
-    for (; next_ < unclaimed_; ++next_)
-        if (states_[next_] == State::made) takeBack(next_);
+    bool isTakenBack = false;
+    for (; next_ < unclaimed_; ++next_) {
+        if (states_[next_] != State::made) continue;
+        takeBack(next_);
+        isTakenBack = true;
+    }
+    return isTakenBack;
 }
 
 /// Unless somebody has changed it, or put another one in its place.

@@ -3,7 +3,8 @@
 // The files go to one folder as a rule, and the next one asked for is known: while the caller is busy with
 // one, other threads copy the following ones, never more than a bounded number ahead, and only onto nothing.
 // The caller helps while it waits. Whatever does not go smoothly is left to the ordinary way, after all that
-// was made ahead has been taken back: so the outcome is that of one copy after another.
+// was made ahead has been taken back; and nothing is made ahead of a source that may be a link, since it may
+// lead to what is still being made. So the outcome is that of one copy after another.
 #pragma once
 
 #include <sys/stat.h>
@@ -32,9 +33,12 @@ public:
 
     /// Whether the copy that is asked for is there now; `bytes` is its size. False: it is to be made in the
     /// ordinary way. Unless it is merely too large, and nothing stands at its destination, nothing is made
-    /// ahead any more then.
+    /// ahead /// any more then. Nor is it behind a source that is not known to be a plain file.
     bool takeNext(const AbsoluteIRI& source, const AbsoluteIRI& destination, ReplacementPolicy policy,
                   std::uint64_t& bytes);
+
+    /// Takes back what was made ahead, and makes nothing more. Whether there was anything.
+    bool withdraw();
 
 private:
     enum class State : std::uint8_t { waiting, underWay, made, tooLarge, failed };
@@ -45,7 +49,7 @@ private:
     void copy(std::size_t index);
     State outcomeOf(std::size_t index, Lock& lock);
     bool isVacant(std::size_t index) const;
-    void withdraw();
+    bool isPlainFile(std::size_t index) const noexcept;
     void takeBack(std::size_t index) noexcept;
 
     const std::vector<FilePair> files_;

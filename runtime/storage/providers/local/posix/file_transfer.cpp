@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,6 +52,12 @@ int obstacleToWriting(EntryAt entry, const struct ::stat& status) noexcept {
 /// A link leads nowhere, or in a circle.
 bool leadsNowhere(int systemError) noexcept {
     return systemError == ENOENT || systemError == ENOTDIR || systemError == ELOOP;
+}
+
+/// Of the errors with which a file gets no name: whether any other file would meet them there.
+bool meetsNamedFilesToo(int systemError) noexcept {
+    constexpr int errors[] = {EEXIST, EACCES, ENOSPC, EDQUOT, EROFS, EIO, EMLINK, ENAMETOOLONG};
+    return std::find(std::begin(errors), std::end(errors), systemError) != std::end(errors);
 }
 
 mode_t groupBitsOfEverybody(mode_t mode) noexcept { return mode & ((mode & 0007) << 3); }
@@ -114,18 +122,23 @@ Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, 
 }
 
 Failure FileTransfer::copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher) {
+    struct ::stat status {};
+    if (::fstatat(source.folder, source.name, &status, 0) != 0) return {errno, sourceSide};
+    if (const int systemError = unlessFile(status)) return {systemError, sourceSide};
     thread_local std::vector<char> attributeNames;
     SourceFile input(attributeNames);
-    if (const Failure failure = openFollowing(source, false, input)) return failure;
+    if (const Failure failure = open(source, Links::follow, input)) return failure;
+    askWhatItTells(input);
     return copyOpened(input, destination, Links::follow, watcher);
 }
 
-Failure FileTransfer::copyOntoNothing(EntryAt source, bool isKnownFile, EntryAt destination, off_t mostBytes,
+Failure FileTransfer::copyOntoNothing(EntryAt source, EntryAt destination, off_t mostBytes,
                                       struct ::stat& made) {
     thread_local std::vector<char> attributeNames;
     SourceFile input(attributeNames);
-    if (const Failure failure = openFollowing(source, isKnownFile, input)) return failure;
+    if (const Failure failure = open(source, Links::tellApart, input)) return failure;
     if (input.status.st_size > mostBytes) return {EFBIG, sourceSide};
+    askWhatItTells(input);
     if (const Failure failure =
             listExtendedAttributes(input.file.get(), *input.abilities, input.attributeNames))
         return failure;
@@ -141,7 +154,7 @@ Failure FileTransfer::copyOntoNothing(EntryAt source, bool isKnownFile, EntryAt 
         return {systemError, destinationSide};
     }
     UnnamedFile output(destination, modeAtCreation(input, owner));
-    if (output.systemError() != 0) return {output.systemError(), destinationSide};
+    if (output.systemError() != 0) return {EFBIG, destinationSide};
     const int file = output.file().get();
     if (const Failure failure = fill(input, file, output.made(), owner, nullptr)) return failure;
     int systemError = output.flush();
@@ -150,19 +163,12 @@ Failure FileTransfer::copyOntoNothing(EntryAt source, bool isKnownFile, EntryAt 
     return {systemError, destinationSide};
 }
 
-Failure FileTransfer::openFollowing(EntryAt source, bool isKnownFile, SourceFile& input) {
-    struct ::stat status {};
-    if (!isKnownFile) {
-        if (::fstatat(source.folder, source.name, &status, 0) != 0) return {errno, sourceSide};
-        if (const int systemError = unlessFile(status)) return {systemError, sourceSide};
-    }
-    if (const Failure failure = open(source, Links::follow, input)) return failure;
-    // It is not worth asking for the sake of one small file: what takes up room on a disk has the size that
-    // it says, unlike what the system makes up.
+/// It is not worth asking for the sake of one small file: what takes up room on a disk has the size that it
+/// says, unlike what the system makes up.
+void FileTransfer::askWhatItTells(SourceFile& input) {
     const bool isSmall = input.status.st_blocks > 0 && input.status.st_size <= writtenAtOnce;
     input.unasked.tellsSizes = isSmall && input.status.st_size > 0;
     if (!input.unasked.tellsSizes) input.abilities = &abilities_.of(input.file.get(), input.status.st_dev);
-    return {};
 }
 
 bool FileTransfer::isWrittenAtOnce(const SourceFile& source) noexcept {
@@ -210,7 +216,9 @@ Failure FileTransfer::copyBeside(const SourceFile& source, EntryAt destination, 
         if (end.systemError() != 0) return {end.systemError(), destinationSide};
         return copyBeside(source, end.entry(), Links::tellApart, durability, watcher);
     }
-    if (standing.isThere && isSameFile(source.status, standing.entry)) return {};
+    // Moved onto itself, over whatever mounts, the only copy would go.
+    if (standing.isThere && isSameFile(source.status, standing.entry))
+        return keepsOwner_ ? Failure{EBUSY, sourceSide} : Failure{};
     if (!standing.isThere && makesUnnamed_.load(std::memory_order_relaxed)) {
         if (const std::optional<Failure> outcome = copyUnnamed(source, destination, durability, watcher))
             return *outcome;
@@ -241,16 +249,16 @@ std::optional<Failure> FileTransfer::copyUnnamed(const SourceFile& source, Entry
     int systemError = durability == Durability::atOnce ? syncFile(file) : 0;
     if (systemError != 0) return Failure{systemError, destinationSide};
     systemError = output.flush();
-    if (systemError == 0) systemError = nameUnnamed(output, destination);
-    // This process does not get at its own open files by name.
-    if (systemError == ENOENT) return std::nullopt;
+    if (systemError != 0) return Failure{systemError, destinationSide};
+    systemError = output.giveName(destination);
+    if (systemError == EEXIST) systemError = replaceByUnnamed(output, destination);
+    // What a file with a name would not meet says that this file cannot get one.
+    if (systemError != 0 && !meetsNamedFilesToo(systemError)) return std::nullopt;
     return Failure{systemError, destinationSide};
 }
 
 /// 0 or the errno. What has come meanwhile is replaced no more than what stood there at the beginning.
-int FileTransfer::nameUnnamed(const UnnamedFile& file, EntryAt destination) const {
-    const int systemError = file.giveName(destination);
-    if (systemError != EEXIST) return systemError;
+int FileTransfer::replaceByUnnamed(const UnnamedFile& file, EntryAt destination) const {
     const std::string temporary = beside(destination, temporaryName());
     const EntryAt written{destination.folder, temporary.c_str()};
     if (const int obstacle = mayReplace(destination)) return obstacle;
@@ -401,16 +409,18 @@ Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt dest
                                     CopyWatcher* watcher) {
     struct ::stat before {};
     struct ::stat after {};
-    int looks = 0;
-    do {
+    bool isSettled = false;
+    for (int looks = 0; !isSettled && looks < mostLooks; ++looks) {
         if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0)
             return {errno, sourceSide};
-    } while (++looks < mostLooks && awaitClockStep(before.st_ctim));
+        isSettled = !awaitClockStep(before.st_ctim);
+    }
     if (const Failure failure = copyDurably(source, kind, destination, watcher)) return failure;
     if (const int systemError = syncFolderOf(destination.folder, destination.name))
         return {systemError, destinationSide};
     if (::fstatat(source.folder, source.name, &after, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
-    if (!isUnchanged(before, after)) return {EBUSY, sourceSide};
+    // One more change could have left the times as they were.
+    if (!isSettled || !isUnchanged(before, after)) return {EBUSY, sourceSide};
     return {::unlinkat(source.folder, source.name, 0) == 0 ? 0 : errno, sourceSide};
 }
 

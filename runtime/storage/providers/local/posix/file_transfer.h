@@ -39,12 +39,10 @@ public:
     /// refused and not even opened: EISDIR for a folder, EOPNOTSUPP for others.
     Failure copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher);
 
-    /// As `copyFollowing`, for a file of at most that size and a destination where nothing stands, no link
-    /// either: EFBIG, EEXIST, and whatever else keeps it from being made in this way. `made` is then the
-    /// status of the copy.
-    /// With `isKnownFile` the source is known to be a plain file, and is not looked at before it is opened.
-    Failure copyOntoNothing(EntryAt source, bool isKnownFile, EntryAt destination, off_t mostBytes,
-                            struct ::stat& made);
+    /// Copies a plain file of at most that size to where nothing stands, no link either. EFBIG for a larger
+    /// one and for one that needs a temporary name; EEXIST, and whatever else keeps it from being made in
+    /// this way. `made` is then the status of the copy.
+    Failure copyOntoNothing(EntryAt source, EntryAt destination, off_t mostBytes, struct ::stat& made);
 
     /// Moves by renaming, or by copying and removing where that cannot be. The source goes only when its copy
     /// is whole and has reached the storage, and when it is still what was copied; else EBUSY at the source,
@@ -66,7 +64,7 @@ private:
     enum class Durability { whenever, atOnce };
 
     Failure open(EntryAt source, Links links, SourceFile& opened) const;
-    Failure openFollowing(EntryAt source, bool isKnownFile, SourceFile& opened);
+    void askWhatItTells(SourceFile& opened);
     static bool isWrittenAtOnce(const SourceFile& source) noexcept;
     Failure copyOpened(SourceFile& source, EntryAt destination, Links links, CopyWatcher* watcher) const;
     Failure copyInPlace(const SourceFile& source, EntryAt destination, CopyWatcher* watcher) const;
@@ -74,7 +72,7 @@ private:
                        CopyWatcher* watcher) const;
     std::optional<Failure> copyUnnamed(const SourceFile& source, EntryAt destination, Durability durability,
                                        CopyWatcher* watcher) const;
-    int nameUnnamed(const UnnamedFile& file, EntryAt destination) const;
+    int replaceByUnnamed(const UnnamedFile& file, EntryAt destination) const;
     Failure copyAndRemove(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
     Failure copyDurably(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
     Failure copyLink(EntryAt source, EntryAt destination) const;

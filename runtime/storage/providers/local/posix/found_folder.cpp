@@ -1,12 +1,16 @@
 // A folder that was listed, held for the sake of the entries that the listing gave.
 #include "runtime/storage/providers/local/posix/found_folder.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "runtime/storage/providers/local/posix/entry_at.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/open_files.h"
 #include "runtime/text/encoding.h"
@@ -75,18 +79,31 @@ private:
 };
 
 std::shared_ptr<const FoundFolder> FoundFolder::keep(FileDescriptor folder, const AbsoluteIRI& location) {
-    const auto above = of(location);
+    auto above = of(location);
+    const bool isMounted = above && (above->isMountedInTree_ || isMountPoint(folder.get()));
+    // What was reached through a link could not be opened again from above.
+    if (above && !isBelow(*above, folder.get(), location)) above = nullptr;
     std::shared_ptr<KeptTree> tree = above ? above->tree_ : nullptr;
     if (!tree) {
         const std::size_t mostOpen = budget().take();
         if (mostOpen == 0) return nullptr;
         tree = std::make_shared<KeptTree>(mostOpen);
     }
-    const bool isMounted = above && (above->isMountedInTree_ || isMountPoint(folder.get()));
     auto kept = std::make_shared<TreeFolder>(tree->folders, above ? above->folder_ : nullptr,
                                              lastComponent(location));
     if (tree->folders.adopt(*kept, sourceSide, std::move(folder)) != 0) return nullptr;
     return std::shared_ptr<const FoundFolder>(new FoundFolder(std::move(tree), std::move(kept), isMounted));
+}
+
+bool FoundFolder::isBelow(const FoundFolder& above, int folder, const AbsoluteIRI& location) {
+    if (location.parts().isKnownFolder) return true;
+    int systemError = 0;
+    const FolderTree::Handle handle = above.handle(systemError);
+    struct ::stat opened {};
+    struct ::stat named {};
+    return handle && ::fstat(folder, &opened) == 0 &&
+           ::fstatat(handle->get(), lastComponent(location).c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           isSameFile(opened, named);
 }
 
 std::shared_ptr<const FoundFolder> FoundFolder::of(const AbsoluteIRI& location) noexcept {

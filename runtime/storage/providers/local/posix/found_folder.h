@@ -31,6 +31,7 @@ public:
     bool isMountedInTree() const noexcept { return isMountedInTree_; }
 
 private:
+    static bool isBelow(const FoundFolder& above, int folder, const AbsoluteIRI& location);
     FoundFolder(std::shared_ptr<KeptTree> tree, std::shared_ptr<TreeFolder> folder, bool isMountedInTree)
         : tree_(std::move(tree)), folder_(std::move(folder)), isMountedInTree_(isMountedInTree) {}
 

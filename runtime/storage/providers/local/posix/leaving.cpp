@@ -29,6 +29,12 @@ bool mayBeWritten(int folder, const char* name) noexcept {
 /// The system takes the one or the other, depending on who forbids it.
 bool meansForbidden(int systemError) noexcept { return systemError == EACCES || systemError == EPERM; }
 
+bool isMountRoot(int folder, const char* name, int flags) noexcept {
+    struct ::statx status {};
+    return ::statx(folder, name, flags, STATX_TYPE, &status) == 0 &&
+           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 int statusOf(int folder, const char* name, struct ::statx& status) noexcept {
     return ::statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) == 0 ? 0 : errno;
 }
@@ -51,10 +57,10 @@ int obstacleToLeaving(EntryAt entry) {
     return isGuarded && user != above.stx_uid ? EPERM : 0;
 }
 
-bool isMountPoint(int folder) noexcept {
-    struct ::statx status {};
-    return ::statx(folder, "", AT_EMPTY_PATH, STATX_TYPE, &status) == 0 &&
-           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+bool isMountPoint(int folder) noexcept { return isMountRoot(folder, "", AT_EMPTY_PATH); }
+
+bool isMountPoint(EntryAt entry) noexcept {
+    return isMountRoot(entry.folder, entry.name, AT_SYMLINK_NOFOLLOW);
 }
 
 Side sideOfFailedRenaming(EntryAt source, int systemError) {

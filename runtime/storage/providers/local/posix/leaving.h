@@ -13,6 +13,8 @@ int obstacleToLeaving(EntryAt entry);
 /// Whether something is mounted at an open folder: what is in it belongs to another tree, and the folder
 /// cannot go. False where the system does not say.
 bool isMountPoint(int folder) noexcept;
+/// The same for an entry of any kind; a link stands for itself.
+bool isMountPoint(EntryAt entry) noexcept;
 
 /// The side at which a failed renaming is to be told: the system does not say which of the two names it
 /// means.

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -138,16 +139,24 @@ bool LocalProvider::isWritable(const AbsoluteIRI& location) {
 std::size_t LocalProvider::firstUnwritable(std::span<const AbsoluteIRI> locations,
                                            const std::function<void()>& onFailure) {
     std::vector<char> hasRoom(locations.size());
-    const auto lookAt = [&](std::size_t begin, std::size_t end) {
-        WritableFolder folder;
-        for (std::size_t i = begin; i < end; ++i)
-            hasRoom[i] = folder.hasRoomFor(locations[i]);
+    const auto lookAt = [&](std::size_t begin, std::size_t end) noexcept {
+        try {
+            WritableFolder folder;
+            for (std::size_t i = begin; i < end; ++i)
+                hasRoom[i] = folder.hasRoomFor(locations[i]);
+        } catch (const std::exception&) {
+            // The closer look below says what it is.
+        }
     };
     const bool isSplit = locations.size() >= worthAThread && std::thread::hardware_concurrency() > 1;
     const std::size_t middle = isSplit ? locations.size() / 2 : 0;
     {
         std::jthread firstHalf;
-        if (isSplit) firstHalf = std::jthread([&] { lookAt(0, middle); });
+        try {
+            if (isSplit) firstHalf = std::jthread([&] { lookAt(0, middle); });
+        } catch (const std::system_error&) {
+            lookAt(0, middle);
+        }
         lookAt(middle, locations.size());
     }
     for (std::size_t i = 0; i < locations.size(); ++i) {

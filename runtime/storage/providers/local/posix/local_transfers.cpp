@@ -192,6 +192,8 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
         if (!into) raiseSystemError(errno == ENOTDIR ? EEXIST : errno, destination, moving);
         return into;
     };
+    // It is emptied and could not go in the end: what is mounted stays where it is.
+    if (posix::isMountPoint(openSource().get())) raiseSystemError(EBUSY, source, moving);
     const FileDescriptor into = openTarget();
     struct ::stat leaving {};
     struct ::stat standing {};
@@ -228,8 +230,11 @@ void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     const Place from(source);
     const Place to(destination);
     FileTransfer transfer(policy);
-    raiseIfFailed(transfer.copyFollowing(entryAt(from), entryAt(to), progress.watcher()), source, destination,
-                  copying);
+    const auto copy = [&] { return transfer.copyFollowing(entryAt(from), entryAt(to), progress.watcher()); };
+    Failure failure = copy();
+    // What was made ahead may have taken the room that this one needs.
+    if (failure && ahead != nullptr && ahead->withdraw()) failure = copy();
+    raiseIfFailed(failure, source, destination, copying);
     progress.finish();
 }
 

@@ -2,9 +2,8 @@
 #include "runtime/storage/providers/local/posix/open_for_reading.h"
 
 #include <fcntl.h>
-#include <stdio.h>
+#include <time.h>
 
-#include <array>
 #include <cerrno>
 #include <utility>
 
@@ -15,7 +14,9 @@ namespace korvex::runtime::storage::posix {
 
 namespace {
 
-constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY;
+constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+/// Together a minute: longer than the system leaves anybody a lease that is in the way.
+constexpr int mostWaits = 6000;
 
 /// 0, or why it is no file.
 int lookAt(const FileDescriptor& opened, struct ::stat& status) noexcept {
@@ -24,36 +25,28 @@ int lookAt(const FileDescriptor& opened, struct ::stat& status) noexcept {
     return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
 }
 
-/// Opens what is there without its content, and only a file anew, in the way that waits for a lease to end:
-/// the opening of anything else could last for ever.
-FileDescriptor openAfterLease(EntryAt entry, int linkFlags, int& systemError) noexcept {
-    const FileDescriptor seen(::openat(entry.folder, entry.name, O_PATH | O_CLOEXEC | linkFlags));
-    struct ::stat status {};
-    systemError = seen ? lookAt(seen, status) : errno;
-    if (systemError != 0) return {};
-    std::array<char, 32> path{};
-    ::snprintf(path.data(), path.size(), "/proc/self/fd/%d", seen.get());
-    do {
-        if (interpreter::isInterruptPending()) {
-            systemError = interruptedError;
-            return {};
-        }
-        FileDescriptor opened(::open(path.data(), readFlags));
-        if (opened) return opened;
-        systemError = errno;
-    } while (systemError == EINTR);
-    // Where open files have no such names, nobody can wait.
-    if (systemError == ENOENT) systemError = EAGAIN;
-    return {};
+/// Somebody's lease on a file is being taken from them: in steps, so that an interrupt is noticed.
+void waitForLease() noexcept {
+    constexpr long step = 10'000'000;
+    const struct ::timespec wait { 0, step };
+    ::nanosleep(&wait, nullptr);
 }
 
 }  // namespace
 
 FileDescriptor openForReading(EntryAt entry, Links links, struct ::stat& status, int& systemError) noexcept {
-    const int linkFlags = links == Links::follow ? 0 : O_NOFOLLOW;
-    FileDescriptor opened(::openat(entry.folder, entry.name, readFlags | O_NONBLOCK | linkFlags));
-    systemError = opened ? 0 : errno;
-    if (systemError == EAGAIN) opened = openAfterLease(entry, linkFlags, systemError);
+    const int flags = links == Links::follow ? readFlags : readFlags | O_NOFOLLOW;
+    FileDescriptor opened;
+    for (int waits = 0;; ++waits) {
+        opened = FileDescriptor(::openat(entry.folder, entry.name, flags));
+        systemError = opened ? 0 : errno;
+        if (systemError != EAGAIN || waits == mostWaits) break;
+        if (interpreter::isInterruptPending()) {
+            systemError = interruptedError;
+            break;
+        }
+        waitForLease();
+    }
     if (opened) systemError = lookAt(opened, status);
     return systemError == 0 ? std::move(opened) : FileDescriptor();
 }

@@ -72,7 +72,11 @@ public:
         if (interpreter::isInterruptPending()) stopIfInterrupted(locationIn(source_, folder, entry.name));
         const auto location = [&] { return locationIn(source_, folder, entry.name); };
         FileProgress progress(progress_, location);
-        if (copied_ != nullptr) copied_->add(folder, handles[sourceSide]->get(), entry.name);
+        if (copied_ != nullptr) {
+            const EntryAt source{handles[sourceSide]->get(), entry.name.c_str()};
+            if (isMountPoint(source)) raise({EBUSY, sourceSide}, location());
+            copied_->add(folder, source.folder, entry.name);
+        }
         const Failure failure =
             transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
                            {handles[destinationSide]->get(), entry.name.c_str()}, progress.watcher());

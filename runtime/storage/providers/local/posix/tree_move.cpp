@@ -66,14 +66,14 @@ public:
         systemError = renameOntoNothing(source, {to->get(), name});
         if (systemError == 0) tellMoved(folder);
         if (systemError == 0 || (systemError == ENOENT && isGone(source))) return false;
-        if (systemError == EXDEV) systemError = ::mkdirat(to->get(), name, 0700) == 0 ? 0 : errno;
-        folder.wasCreated = systemError == 0;
-        if (systemError != 0 && systemError != EEXIST)
+        const bool isBetweenDisks = systemError == EXDEV;
+        if (!isBetweenDisks && systemError != EEXIST)
             fail({systemError, sideOfFailedRenaming(source, systemError)}, folder);
 
         systemError = tree_->open(folder, sourceSide);
         if (systemError == 0) systemError = obstacleToEntering(folder);
         if (systemError != 0) fail({systemError, sourceSide}, folder);
+        if (isBetweenDisks) makeCounterpart(to->get(), folder);
         systemError = tree_->open(folder, destinationSide);
         if (systemError == ENOTDIR || systemError == ELOOP) systemError = EEXIST;
         if (systemError != 0) fail({systemError, destinationSide}, folder);
@@ -115,6 +115,11 @@ public:
     }
 
 private:
+    void makeCounterpart(int above, TreeFolder& folder) {
+        folder.wasCreated = ::mkdirat(above, folder.name().c_str(), 0700) == 0;
+        if (!folder.wasCreated && errno != EEXIST) fail({errno, destinationSide}, folder);
+    }
+
     /// 0 or the errno. What is mounted here is no part of the tree, and could not go. And reached by whatever
     /// way, the move must not find its own destination: it would never end.
     int obstacleToEntering(TreeFolder& folder) {

@@ -28,6 +28,7 @@ TEST_F(RecycleBinTest, FilesGoToTheTrashAndCanComeBack) {
     for (const std::string& name : trash_.names())
         EXPECT_EQ(trash_.recorded(name, "Path"), diskPath(name).string());
     EXPECT_THAT(local_->callsOf(Operation::removeFile), IsEmpty());
+    EXPECT_THAT(local_->callsOf(Operation::setWritable), IsEmpty()) << "they come back as they were";
 }
 
 TEST_F(RecycleBinTest, OffTheyGoForGood) {
@@ -115,6 +116,24 @@ TEST_F(RecycleBinTest, PackagesAreToldOfAheadOfTheTrash) {
     trash_.empty();
     EXPECT_THAT(deleteNames({u"package/a"}), ElementsAre(notice));
     EXPECT_THAT(trash_.names(), ElementsAre("a"));
+}
+
+TEST_F(RecycleBinTest, PackagesAreToldOfForEachMatch) {
+    make({"package/a1", "package/a2"});
+    runtime::packages::registerPackage(pathOf(u"package"), u"Fixed", false);
+    const auto notice = [this](const std::u16string& name) {
+        return warning(KORVEX::DELETE::DeletedFileFromPackage(pathOf(name), u"Fixed"));
+    };
+    EXPECT_THAT(deleteNames({u"package/*"}), ElementsAre(notice(u"package/a1"), notice(u"package/a2")));
+    EXPECT_THAT(trash_.names(), ElementsAre("a1", "a2"));
+}
+
+TEST_F(RecycleBinTest, InterruptKeepsOnlyWhatWildcardsBehindItWouldFind) {
+    make({"a1", "a2", "b", "c"});
+    const InterruptingWatcher watcher;
+    EXPECT_THAT(deleteNames({u"a*", u"b", u"c*"}), ElementsAre(warning(KORVEX::DELETE::FileNotFound(u"c*"))));
+    EXPECT_THAT(trash_.names(), ElementsAre("a1", "a2", "b"));
+    EXPECT_EQ(left(), Names{"c"});
 }
 
 TEST_F(RecycleBinTest, TheStateIsReadOnceForEachCall) {
