@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/message_identifiers.h"
 #include "platform/user_exceptions.h"
@@ -108,8 +109,9 @@ void permissions(const std::u16string& path, file_status::perms mask);
 /// there meanwhile. Trees may be of any depth.
 class ListedFiles {
 public:
-    /// `named` is absolute, or empty where the list has no such path.
-    explicit ListedFiles(std::u16string named);
+    /// `named` is absolute, or empty where the list has no such path. With `list`, the paths in the order in
+    /// which they will be changed, the files that come next may be opened ahead; it lives as long.
+    explicit ListedFiles(std::u16string named, const std::vector<std::u16string>* list = nullptr);
     ~ListedFiles();
     ListedFiles(const ListedFiles&) = delete;
     ListedFiles& operator=(const ListedFiles&) = delete;
@@ -118,8 +120,8 @@ public:
     void permissions(const std::u16string& path, file_status::perms mask);
 
 private:
-    class OpenFolders;
-    std::unique_ptr<OpenFolders> folders_;
+    class Work;
+    std::unique_ptr<Work> work_;
 };
 
 /// An absolute native path in the form of the standard library, every byte of a name kept. Empty, which is

@@ -42,9 +42,9 @@ public:
     /// tell what would be lost with it.
     bool isKnown() const noexcept { return isKnown_; }
 
-    /// The value with other bits, in a form that both Samba and Wine read: the plain one for what was plain,
-    /// and otherwise the same record with all its other fields. Empty when there is nothing to be kept. Only
-    /// for what is known.
+    /// The value with other bits, in a form that both Samba and Wine read (but a record of version 2, whose
+    /// name is too long for Wine): the plain one for what was plain, and otherwise the same record with all
+    /// its other fields. Empty when there is nothing to be kept. Only for what is known.
     std::string valueWith(std::uint32_t bits) const;
 
 private:

@@ -10,6 +10,7 @@
 #include "platform/filesystem_shared.h"
 #include "platform/foundation_filesystem.h"
 #include "platform/message_identifiers.h"
+#include "platform/path_management.h"
 
 namespace korvex::filemanip {
 
@@ -177,7 +178,11 @@ void FileAttributes::changeAttributes(const Paths& paths) {
     } else {
         list.push_back(text);
     }
-    if (list.empty()) return reportByKey("CannotFindFile");
+    namespace paths = Velquist::PathManagement;
+    const std::u16string named = paths::GetStringFromIRI(paths::GetIRIFromString(text));
+    // What was there may have gone since, and what its name matches as a pattern was not meant.
+    const bool isAnother = exists && recursive_ && !list.empty() && list.front() != named;
+    if (list.empty() || isAnother) return reportByKey("CannotFindFile");
     applyChanges(list, exists ? list.front() : text);
 }
 
@@ -185,7 +190,7 @@ void FileAttributes::changeAttributes(const Paths& paths) {
 void FileAttributes::applyChanges(const Paths& list, const std::u16string& named) {
     const file_status::perms addMask = maskOf(changes_, AttributeChange::set, file_status::perms_add);
     const file_status::perms removeMask = maskOf(changes_, AttributeChange::clear, file_status::perms_remove);
-    fl::filesystem::ListedFiles files(named);
+    fl::filesystem::ListedFiles files(named, &list);
     try {
         for (const std::u16string& path : list) {
             if (addMask != file_status::no_perms) files.permissions(path, addMask);

@@ -14,13 +14,12 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "runtime/attributes/stored_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 
 namespace korvex::runtime::attributes::posix {
-
-using storage::posix::FileDescriptor;
 
 namespace {
 
@@ -56,6 +55,17 @@ bool canKeepStored(mode_t mode) noexcept { return S_ISREG(mode) || S_ISDIR(mode)
 bool isDotName(std::string_view path) noexcept {
     const std::string_view name = path.substr(path.rfind('/') + 1);
     return name.size() > 1 && name.front() == '.' && name != "..";
+}
+
+/// The name by which a file may be hidden: that of what a link leads to, where links are followed.
+bool isDotNamed(EntryAt entry, Links links) {
+    struct ::stat status {};
+    const bool isLink = links == Links::follow &&
+                        ::fstatat(entry.folder, entry.name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                        S_ISLNK(status.st_mode);
+    if (!isLink) return isDotName(entry.name);
+    const storage::posix::EndOfLink end(entry);
+    return isDotName(end.entry().name);
 }
 
 constexpr int reading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
@@ -96,7 +106,8 @@ int readStoredBits(EntryAt entry, mode_t mode, std::uint32_t& bits) {
 int writeStored(int file, const std::string& value) noexcept {
     const int result = value.empty() ? ::fremovexattr(file, storedAttributesName)
                                      : ::fsetxattr(file, storedAttributesName, value.data(), value.size(), 0);
-    return result == 0 ? 0 : errno;
+    // Somebody else may have removed it just now.
+    return result == 0 || (value.empty() && errno == ENODATA) ? 0 : errno;
 }
 
 /// Who owns a file may hide it though it is write-protected, and the system lets nobody write an extended
@@ -153,7 +164,7 @@ int readAttributes(EntryAt entry, file_status& attributes) {
     }
     std::uint32_t bits = 0;
     if (const int systemError = readStoredBits(entry, status.st_mode, bits)) return systemError;
-    if (isDotName(entry.name)) bits |= hiddenBit;
+    if (isDotNamed(entry, Links::follow)) bits |= hiddenBit;
     const bool isWritable = (status.st_mode & S_IWUSR) != 0;
     attributes =
         file_status(attributesOf(bits) | (isWritable ? file_status::owner_write : file_status::no_perms),
@@ -161,12 +172,17 @@ int readAttributes(EntryAt entry, file_status& attributes) {
     return 0;
 }
 
-int AttributeChanges::change(EntryAt entry, file_status::perms mask) {
+FileDescriptor openWithoutAccess(EntryAt entry) noexcept {
+    return openEntry(entry, Links::tellApart, seeing);
+}
+
+int AttributeChanges::change(EntryAt entry, file_status::perms mask, FileDescriptor opened) {
     const bool isAddition = (mask & file_status::perms_add) != 0;
     if (!isAddition && (mask & file_status::perms_remove) == 0) return 0;
     const std::uint32_t stored = storedBitsOf(mask);
     const auto changeWrite = [&] {
-        return (mask & file_status::owner_write) != 0 ? changeOwnerWrite(entry, isAddition) : 0;
+        return (mask & file_status::owner_write) != 0 ? changeOwnerWrite(entry, isAddition, std::move(opened))
+                                                      : 0;
     };
     const auto changeOthers = [&] { return stored != 0 ? changeStored(entry, stored, isAddition) : 0; };
     // What is stored is changed while the file may be written.
@@ -179,16 +195,16 @@ int AttributeChanges::change(EntryAt entry, file_status::perms mask) {
 }
 
 /// The bits are read from the very file that gets them back: by its name it could be another one by then.
-int AttributeChanges::changeOwnerWrite(EntryAt entry, bool isAddition) noexcept {
+int AttributeChanges::changeOwnerWrite(EntryAt entry, bool isAddition, FileDescriptor file) noexcept {
     struct ::stat status {};
     const auto isRight = [&] {
         return S_ISLNK(status.st_mode) || withOwnerWrite(status.st_mode, isAddition) == status.st_mode;
     };
-    if (!opensAtOnce_) {
+    if (!file && !opensAtOnce_) {
         if (const int systemError = lookAt(entry, links_, status)) return systemError;
         if (isRight()) return 0;
     }
-    const FileDescriptor file = openEntry(entry, links_, seeing);
+    if (!file) file = openEntry(entry, links_, seeing);
     if (!file || ::fstat(file.get(), &status) != 0) return errno;
     opensAtOnce_ = !isRight();
     return opensAtOnce_ ? changeBits(file.get(), withOwnerWrite(status.st_mode, isAddition) & 07777) : 0;
@@ -210,7 +226,7 @@ int AttributeChanges::changeStored(EntryAt entry, std::uint32_t wanted, bool isA
     int systemError = readStored(file.get(), value);
     if (systemError == EOPNOTSUPP) return notKept(isAddition);
     if (systemError != 0) return systemError;
-    const StoredAttributes stored(value, isDotName(entry.name));
+    const StoredAttributes stored(value, isDotNamed(entry, links_));
     if (!stored.isKnown()) return EOPNOTSUPP;
     const std::uint32_t bits = isAddition ? stored.bits() | wanted : stored.bits() & ~wanted;
     // What only the name says is not stored yet.

@@ -129,20 +129,20 @@ void permissions(const std::u16string& path, file_status::perms mask) {
 }
 
 /// The path of `named`.
-class ListedFiles::OpenFolders {
+class ListedFiles::Work {
 public:
     std::u16string named;
 };
 
-ListedFiles::ListedFiles(std::u16string named)
-    : folders_(std::make_unique<OpenFolders>(OpenFolders{std::move(named)})) {}
+ListedFiles::ListedFiles(std::u16string named, const std::vector<std::u16string>*)
+    : work_(std::make_unique<Work>(Work{std::move(named)})) {}
 
 ListedFiles::~ListedFiles() = default;
 
 void ListedFiles::permissions(const std::u16string& path, file_status::perms mask) {
     if (runtime::interpreter::isInterruptPending())
         runtime::storage::stopIfInterrupted(Velquist::PathManagement::GetIRIFromString(path));
-    changeAttributes(path, mask, path == folders_->named ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
+    changeAttributes(path, mask, path == work_->named ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
 }
 
 }  // namespace fl::filesystem

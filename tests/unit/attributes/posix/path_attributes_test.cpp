@@ -63,16 +63,16 @@ TEST_F(PathAttributesTest, OnlyTheOwnersWriteBitIsChanged) {
     EXPECT_EQ(modeOf("file"), 04577U);
 }
 
-TEST_F(PathAttributesTest, WhatStandsAlreadyIsNotTouched) {
-    struct ::stat before {};
-    struct ::stat after {};
-    permissions(at("file"), hide);
-    ASSERT_EQ(::stat((scratch_.path() / "file").c_str(), &before), 0);
-    permissions(at("file"), hide | file_status::owner_write);
-    permissions(at("file"), file_status::perms_remove | file_status::system_file);
-    ASSERT_EQ(::stat((scratch_.path() / "file").c_str(), &after), 0);
-    EXPECT_EQ(before.st_ctim.tv_sec, after.st_ctim.tv_sec);
-    EXPECT_EQ(before.st_ctim.tv_nsec, after.st_ctim.tv_nsec);
+TEST_F(PathAttributesTest, WhatALinkLeadsToIsHiddenByItsOwnName) {
+    scratch_.writeFile(".dot");
+    std::filesystem::create_symlink("file", scratch_.path() / ".link");
+    std::filesystem::create_symlink(".dot", scratch_.path() / "link");
+    EXPECT_FALSE(has(".link", file_status::hidden_file));
+    EXPECT_TRUE(has("link", file_status::hidden_file));
+    permissions(at(".link"), file_status::perms_add | file_status::system_file);
+    permissions(at("link"), file_status::perms_add | file_status::system_file);
+    EXPECT_EQ(storedOf("file"), "0x4");
+    EXPECT_EQ(storedOf(".dot"), "0x6");
 }
 
 TEST_F(PathAttributesTest, HiddenArchiveAndSystemAreWrittenAsOthersReadThem) {
@@ -209,9 +209,21 @@ protected:
     }
 };
 
+/// A change that is none is allowed to everybody: whatever were written would be refused.
+TEST_F(ForeignFileTest, WhatStandsAlreadyIsNotTouched) {
+    setMode("file", 0644);
+    const OrdinaryUser user;
+    permissions(at("file"), hide | file_status::owner_write);
+    permissions(at("file"), file_status::perms_remove | file_status::system_file);
+    EXPECT_EQ(modeOf("file"), 0644U);
+    EXPECT_EQ(storedOf("file"), "0x2");
+}
+
 TEST_F(ForeignFileTest, MayBeLookedAtAndNotChanged) {
-    // To an ordinary user who runs the test the file is no foreign one.
-    if (::geteuid() == 0) {
+    // To an ordinary user who runs the test the file is no foreign one, but those of the system are.
+    if (::geteuid() != 0) {
+        EXPECT_THROW(permissions(u"/etc/passwd", hide), AccessDenied);
+    } else {
         const OrdinaryUser user;
         EXPECT_EQ(status(at("file")).permissions(), file_status::hidden_file);
         EXPECT_THROW(permissions(at("file"), addWrite), AccessDenied);

@@ -52,20 +52,22 @@ CopiesAhead* CopiesAhead::ofThisThread() noexcept { return ofThread; }
 bool CopiesAhead::takeNext(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                            ReplacementPolicy policy, std::uint64_t& bytes) {
     Lock lock(mutex_);
+    passOver();
     const bool isExpected = !isStopped_ && next_ < files_.size() && policy == policy_ &&
                             files_[next_].first == source && files_[next_].second == destination;
     if (isExpected && !isPlainFile(next_)) {
-        // All before it have been taken, and none behind it has been begun.
-        unclaimed_ = ++next_;
-        lock.unlock();
-        changed_.notify_all();
+        // All before it have been taken. None behind it is begun before the next one is asked for: this one
+        // may lead to what they are to become.
+        ++next_;
         return false;
     }
     const State outcome = isExpected ? outcomeOf(next_, lock) : State::failed;
-    const bool isMade = outcome == State::made;
+    const bool isMade = outcome == State::made && isStillThere(next_);
     if (isMade || (outcome == State::tooLarge && isVacant(next_))) {
         bytes = static_cast<std::uint64_t>(made_[next_ % mostAhead].st_size);
         ++next_;
+        // What was made while a large file was copied has to be looked at again when its turn comes.
+        if (!isMade) isDoubtful_ = true;
         lock.unlock();
         changed_.notify_one();
         return isMade;
@@ -73,6 +75,23 @@ bool CopiesAhead::takeNext(const AbsoluteIRI& source, const AbsoluteIRI& destina
     lock.unlock();
     withdraw();
     return false;
+}
+
+/// The files that were left to the ordinary way are done with.
+void CopiesAhead::passOver() {
+    if (unclaimed_ >= next_) return;
+    unclaimed_ = next_;
+    changed_.notify_all();
+}
+
+/// Two names may be one to the file system: a file that was copied in the ordinary way meanwhile may have
+/// taken the place of one that was made ahead.
+bool CopiesAhead::isStillThere(std::size_t index) const {
+    if (!isDoubtful_) return true;
+    struct ::stat status {};
+    const Place place(files_[index].second);
+    return ::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           isUnchanged(made_[index % mostAhead], status);
 }
 
 /// Whether nothing stands at the destination, no link either.
@@ -154,13 +173,10 @@ bool CopiesAhead::withdraw() {
     for (std::thread& thread : threads_)
         thread.join();
     threads_.clear();
-    bool isTakenBack = false;
-    for (; next_ < unclaimed_; ++next_) {
-        if (states_[next_] != State::made) continue;
-        takeBack(next_);
-        isTakenBack = true;
-    }
-    return isTakenBack;
+    const bool wasBegun = next_ < unclaimed_;
+    for (; next_ < unclaimed_; ++next_)
+        if (states_[next_] == State::made) takeBack(next_);
+    return wasBegun;
 }
 
 /// Unless somebody has changed it, or put another one in its place.

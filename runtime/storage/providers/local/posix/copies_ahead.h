@@ -32,12 +32,12 @@ public:
     static CopiesAhead* ofThisThread() noexcept;
 
     /// Whether the copy that is asked for is there now; `bytes` is its size. False: it is to be made in the
-    /// ordinary way. Unless it is merely too large, and nothing stands at its destination, nothing is made
-    /// ahead /// any more then. Nor is it behind a source that is not known to be a plain file.
+    /// ordinary way. Unless it is merely too large for help, with nothing at its destination, or its source
+    /// is not known to be a plain file, nothing is made ahead any more then.
     bool takeNext(const AbsoluteIRI& source, const AbsoluteIRI& destination, ReplacementPolicy policy,
                   std::uint64_t& bytes);
 
-    /// Takes back what was made ahead, and makes nothing more. Whether there was anything.
+    /// Takes back what was made ahead, and makes nothing more. Whether anything had been begun.
     bool withdraw();
 
 private:
@@ -50,6 +50,8 @@ private:
     State outcomeOf(std::size_t index, Lock& lock);
     bool isVacant(std::size_t index) const;
     bool isPlainFile(std::size_t index) const noexcept;
+    void passOver();
+    bool isStillThere(std::size_t index) const;
     void takeBack(std::size_t index) noexcept;
 
     const std::vector<FilePair> files_;
@@ -64,6 +66,7 @@ private:
     std::size_t next_ = 0;
     std::size_t unclaimed_ = 0;
     bool isStopped_ = false;
+    bool isDoubtful_ = false;
     std::vector<std::thread> threads_;
 };
 

@@ -21,9 +21,15 @@ public:
     /// For the transfer: null when nobody wants to know.
     CopyWatcher* watcher() noexcept { return counter_.isWatched() ? this : nullptr; }
 
-    void begins(off_t size) override { know(static_cast<std::uint64_t>(size)); }
+    /// Once more for a second attempt, which tells nothing until it is further than the one before.
+    void begins(off_t size) override {
+        attempted_ = 0;
+        know(static_cast<std::uint64_t>(size));
+    }
     void copied(off_t bytes) override {
-        const auto more = static_cast<std::uint64_t>(bytes);
+        attempted_ += static_cast<std::uint64_t>(bytes);
+        if (attempted_ <= told_) return;
+        const std::uint64_t more = attempted_ - told_;
         // The file may have grown since it was looked at.
         if (told_ + more > known_) know(told_ + more);
         told_ += more;
@@ -41,6 +47,7 @@ private:
     const MakeLocation& makeLocation_;
     std::uint64_t known_ = 0;
     std::uint64_t told_ = 0;
+    std::uint64_t attempted_ = 0;
 };
 
 }  // namespace korvex::runtime::storage::posix

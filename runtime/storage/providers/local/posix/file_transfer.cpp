@@ -17,6 +17,7 @@
 #include "runtime/storage/providers/local/posix/durability.h"
 #include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
+#include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/open_for_reading.h"
 
 namespace korvex::runtime::storage::posix {
@@ -56,7 +57,7 @@ bool leadsNowhere(int systemError) noexcept {
 
 /// Of the errors with which a file gets no name: whether any other file would meet them there.
 bool meetsNamedFilesToo(int systemError) noexcept {
-    constexpr int errors[] = {EEXIST, EACCES, ENOSPC, EDQUOT, EROFS, EIO, EMLINK, ENAMETOOLONG};
+    constexpr int errors[] = {EEXIST, ENOSPC, EDQUOT, EROFS, EIO, EMLINK, ENAMETOOLONG};
     return std::find(std::begin(errors), std::end(errors), systemError) != std::end(errors);
 }
 
@@ -136,14 +137,16 @@ Failure FileTransfer::copyOntoNothing(EntryAt source, EntryAt destination, off_t
                                       struct ::stat& made) {
     thread_local std::vector<char> attributeNames;
     SourceFile input(attributeNames);
-    if (const Failure failure = open(source, Links::tellApart, input)) return failure;
-    if (input.status.st_size > mostBytes) return {EFBIG, sourceSide};
+    if (const Failure failure = open(source, Links::tellApart, input, Lease::isLeft)) return failure;
     askWhatItTells(input);
+    const bool isUnnamed = !isWrittenAtOnce(input);
+    const bool needsName = isUnnamed && !makesUnnamed_.load(std::memory_order_relaxed);
+    if (needsName || input.status.st_size > mostBytes) return {EFBIG, sourceSide};
     if (const Failure failure =
             listExtendedAttributes(input.file.get(), *input.abilities, input.attributeNames))
         return failure;
     const struct ::stat* const owner = ownerOf(input, {});
-    if (isWrittenAtOnce(input)) {
+    if (!isUnnamed) {
         CreatedFile output(destination, modeAtCreation(input, owner));
         if (output.systemError() != 0) return {output.systemError(), destinationSide};
         const int file = output.file().get();
@@ -154,7 +157,10 @@ Failure FileTransfer::copyOntoNothing(EntryAt source, EntryAt destination, off_t
         return {systemError, destinationSide};
     }
     UnnamedFile output(destination, modeAtCreation(input, owner));
-    if (output.systemError() != 0) return {EFBIG, destinationSide};
+    if (output.systemError() != 0) {
+        makesUnnamed_.store(false, std::memory_order_relaxed);
+        return {EFBIG, destinationSide};
+    }
     const int file = output.file().get();
     if (const Failure failure = fill(input, file, output.made(), owner, nullptr)) return failure;
     int systemError = output.flush();
@@ -176,9 +182,9 @@ bool FileTransfer::isWrittenAtOnce(const SourceFile& source) noexcept {
     return isSizeKnown && source.status.st_size <= writtenAtOnce && !mayHaveHoles(source.status);
 }
 
-Failure FileTransfer::open(EntryAt source, Links links, SourceFile& opened) const {
+Failure FileTransfer::open(EntryAt source, Links links, SourceFile& opened, Lease lease) const {
     int systemError = 0;
-    opened.file = openForReading(source, links, opened.status, systemError);
+    opened.file = openForReading(source, links, opened.status, systemError, lease);
     return {systemError, sourceSide};
 }
 
@@ -407,6 +413,7 @@ Failure FileTransfer::move(EntryAt source, EntryKind kind, EntryAt destination, 
 /// Copies under a temporary name and renames; only when both have reached the storage the source goes.
 Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt destination,
                                     CopyWatcher* watcher) {
+    if (isMountPoint(source)) return {EBUSY, sourceSide};
     struct ::stat before {};
     struct ::stat after {};
     bool isSettled = false;

@@ -19,6 +19,7 @@
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/folder_entries.h"
 #include "runtime/storage/providers/local/posix/folder_tree.h"
+#include "runtime/storage/providers/local/posix/open_for_reading.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
 
 namespace korvex::runtime::storage::posix {
@@ -63,7 +64,7 @@ private:
     /// Whether a copied file has to have reached the storage before it gets its name.
     enum class Durability { whenever, atOnce };
 
-    Failure open(EntryAt source, Links links, SourceFile& opened) const;
+    Failure open(EntryAt source, Links links, SourceFile& opened, Lease lease = Lease::isAwaited) const;
     void askWhatItTells(SourceFile& opened);
     static bool isWrittenAtOnce(const SourceFile& source) noexcept;
     Failure copyOpened(SourceFile& source, EntryAt destination, Links links, CopyWatcher* watcher) const;

@@ -106,7 +106,9 @@ bool leadsToFolder(int folder, const char* name) noexcept {
 
 FileDescriptor openListedFolder(const AbsoluteIRI& location) {
     const Place place(location);
-    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (location.parts().isKnownFolder ? O_NOFOLLOW : 0);
+    // What a listing gave is listed itself or not at all: a link that it was, or has become, leads elsewhere.
+    const bool isItself = location.parts().isKnownFolder || place.isFound();
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isItself ? O_NOFOLLOW : 0);
     FileDescriptor folder(::openat(place.folder(), place.name(), flags));
     if (!folder) raiseSystemError(errno, location, u"listing");
     return folder;
@@ -167,6 +169,8 @@ std::size_t LocalProvider::firstUnwritable(std::span<const AbsoluteIRI> location
 }
 
 void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
+    // Protection is taken off for what is to come, and that will not come.
+    if (isWritable) stopIfInterrupted(location);
     const Place place(location);
     // A link that a listing gave stands for itself: what it leads to may lie outside of what is worked on.
     const int links = place.isFound() ? AT_SYMLINK_NOFOLLOW : 0;
@@ -237,6 +241,7 @@ void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy 
     if (::fstatat(place.folder(), place.name(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         raiseSystemError(errno, folder, u"removing");
     }
+    if (S_ISLNK(status.st_mode)) stopIfInterrupted(folder);
     // A link to a folder goes itself; what it leads to stays.
     const int flags = S_ISLNK(status.st_mode) ? 0 : AT_REMOVEDIR;
     for (int round = 0;; ++round) {

@@ -233,7 +233,8 @@ void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     const auto copy = [&] { return transfer.copyFollowing(entryAt(from), entryAt(to), progress.watcher()); };
     Failure failure = copy();
     // What was made ahead may have taken the room that this one needs.
-    if (failure && ahead != nullptr && ahead->withdraw()) failure = copy();
+    const bool mayTryAgain = failure && failure.systemError != posix::interruptedError && ahead != nullptr;
+    if (mayTryAgain && ahead->withdraw()) failure = copy();
     raiseIfFailed(failure, source, destination, copying);
     progress.finish();
 }

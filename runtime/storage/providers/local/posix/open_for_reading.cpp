@@ -34,13 +34,14 @@ void waitForLease() noexcept {
 
 }  // namespace
 
-FileDescriptor openForReading(EntryAt entry, Links links, struct ::stat& status, int& systemError) noexcept {
+FileDescriptor openForReading(EntryAt entry, Links links, struct ::stat& status, int& systemError,
+                              Lease lease) noexcept {
     const int flags = links == Links::follow ? readFlags : readFlags | O_NOFOLLOW;
     FileDescriptor opened;
     for (int waits = 0;; ++waits) {
         opened = FileDescriptor(::openat(entry.folder, entry.name, flags));
         systemError = opened ? 0 : errno;
-        if (systemError != EAGAIN || waits == mostWaits) break;
+        if (systemError != EAGAIN || lease == Lease::isLeft || waits == mostWaits) break;
         if (interpreter::isInterruptPending()) {
             systemError = interruptedError;
             break;
