@@ -83,7 +83,12 @@ struct Outcome {
 
 /// Calls an entry with borrowed arguments; an error of the user's kind ends up in the outcome.
 inline Outcome call(Entry entry, int nlhs, const std::vector<const kxArray*>& arguments) {
-    std::vector<kxArray*> plhs(static_cast<std::size_t>(std::max(nlhs, 1)), nullptr);
+    /// Whatever is raised, what was handed over until then goes.
+    struct Slots : std::vector<kxArray*> {
+        using vector::vector;
+        ~Slots() { std::for_each(begin(), end(), kxDestroyArray); }
+    };
+    Slots plhs(static_cast<std::size_t>(std::max(nlhs, 1)), nullptr);
     std::vector<const kxArray*> prhs = arguments;
     prhs.push_back(nullptr);
     Outcome outcome;
@@ -92,8 +97,8 @@ inline Outcome call(Entry entry, int nlhs, const std::vector<const kxArray*>& ar
     } catch (const foundation::core::except::IMsgIDException& error) {
         outcome.fail(error);
     }
-    for (kxArray* output : plhs) {
-        outcome.outputs.emplace_back(output);
+    for (kxArray*& output : plhs) {
+        outcome.outputs.emplace_back(std::exchange(output, nullptr));
     }
     return outcome;
 }
