@@ -230,7 +230,9 @@ std::optional<RemoveDir::FoundFolder> RemoveDir::proceed(FolderRemovals& removal
 bool RemoveDir::begin(FolderRemoval& removal, const FolderRemovals& removals) const {
     removal.folder = folderAt(removal.location, resolveLinks_);
     removal.isLink = removal.type == provider::ExtendedLinkToFolder && !resolveLinks_;
-    removal.isEmptied = recursive_ && !removal.isLink;
+    // What was listed as a folder and is none by now is not entered, a link that was broken for a moment
+    // above all: the storage would follow it.
+    removal.isEmptied = recursive_ && (resolveLinks_ || removal.type == provider::ExtendedFolder);
     if (!removal.isEmptied) return true;
     if (resolveLinks_ && removals.isLastInACircle()) return false;
     trace(severity::flowOfControl, "Recursively trying to remove multiple items.");

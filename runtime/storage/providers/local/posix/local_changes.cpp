@@ -106,9 +106,7 @@ bool leadsToFolder(int folder, const char* name) noexcept {
 
 FileDescriptor openListedFolder(const AbsoluteIRI& location) {
     const Place place(location);
-    // What a listing gave is listed itself or not at all: a link that it was, or has become, leads elsewhere.
-    const bool isItself = location.parts().isKnownFolder || place.isFound();
-    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isItself ? O_NOFOLLOW : 0);
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (location.parts().isKnownFolder ? O_NOFOLLOW : 0);
     FileDescriptor folder(::openat(place.folder(), place.name(), flags));
     if (!folder) raiseSystemError(errno, location, u"listing");
     return folder;
