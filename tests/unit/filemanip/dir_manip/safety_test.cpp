@@ -67,6 +67,25 @@ TEST_F(DirManipSafetyTest, LinksInATreeLeaveWhatTheyLeadToAsItIs) {
     EXPECT_TRUE(isGuardedTreeWhole());
 }
 
+TEST_F(DirManipSafetyTest, LinkThatIsBrokenForAMomentIsNotEntered) {
+    /// Looked at, what the link leads to is just being replaced; before and after that it is there.
+    class Replaced : public korvex::runtime::storage::LocalProvider {
+    public:
+        foundation::storage::provider::ExistenceTypeExtended extendedExistence(
+            const vfs::AbsoluteIRI& location) override {
+            return location.getName() == u"folder" ? foundation::storage::provider::ExtendedBrokenLink
+                                                   : LocalProvider::extendedExistence(location);
+        }
+    };
+    const auto system = std::make_shared<vfs::StorageSystem>();
+    system->add(u"file", std::make_shared<Replaced>());
+    const korvex::runtime::storage::ScopedStorageSystem scope(system);
+    scratch_.makeFolder("tree");
+    makeLink("../guarded", "tree/folder");
+    rmdir({u"tree", u"s"});
+    EXPECT_TRUE(isGuardedTreeWhole());
+}
+
 TEST_F(DirManipSafetyTest, NamedLinkLeavesWhatItLeadsToAsItIs) {
     makeLink("guarded", "link");
     makeLink("link", "second");
