@@ -7,8 +7,10 @@
 #include <future>
 #include <memory>
 #include <span>
+#include <stdexcept>
 
 #include "runtime/interpreter/interrupts.h"
+#include "runtime/storage/providers/http/web_handle.h"
 #include "runtime/storage/transfer_progress.h"
 #include "tests/support/posix/few_open_files.h"
 #include "tests/unit/web_provider/one_answer_server.h"
@@ -218,8 +220,12 @@ TEST_F(WebContent, MayTakeLongerThanARequestOnceItHasBegun) {
 TEST_F(WebContent, WhenTheLibraryItselfFailsOnTheWayItIsAnInternalError) {
     const auto stream = open("/stalling");
     // A sanitizer looks at a type with handles of its own, once: that has to be before there are none.
+    const runtime::storage::WebSetupError seen("seen");
+    (void)static_cast<const std::runtime_error&>(seen).what();
     (void)stream->attributes();
-    std::optional<vfs::Exception> failure;
+    std::optional<vfs::Exception> failure = vfs::Exception(vfs::unknownError, locationOn(server_, "/"));
+    failure = vfs::Exception(*failure);
+    failure.reset();
     {
         // So few that the library cannot even wait for the connection that it has.
         const korvex::tests::FewOpenFiles few(1);
