@@ -3,16 +3,20 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 #include "runtime/attributes/posix/path_attributes.h"
+#include "runtime/storage/providers/local/posix/open_files.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::attributes::posix {
 
 using storage::posix::FileDescriptor;
+using storage::posix::limitOfOpenFiles;
+using storage::posix::openFoldersFor;
 using storage::posix::Place;
 using storage::posix::TreeFolder;
 
@@ -29,7 +33,9 @@ std::u16string_view folderPartOf(std::u16string_view path) noexcept {
 }  // namespace
 
 OpenFolders::OpenFolders(std::u16string named)
-    : named_(std::move(named)), inNamed_(named_.ends_with(u'/') ? named_ : named_ + u'/'), tree_(mostOpen) {}
+    : named_(std::move(named)),
+      inNamed_(named_.ends_with(u'/') ? named_ : named_ + u'/'),
+      tree_(std::min(mostOpen, openFoldersFor(limitOfOpenFiles()))) {}
 
 storage::posix::EntryAt OpenFolders::entryOf(const std::u16string& path) {
     const std::u16string_view folder = folderPartOf(path);

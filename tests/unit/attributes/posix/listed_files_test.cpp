@@ -16,6 +16,7 @@
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/process/posix/file_descriptor.h"
 #include "runtime/text/encoding.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/support/posix/ordinary_user.h"
 #include "tests/unit/attributes/posix/attribute_fixture.h"
 
@@ -98,6 +99,25 @@ TEST_F(ListedFilesTest, EveryFileOfATreeIsChanged) {
     for (const char* name :
          {"tree", "tree/a", "tree/a/file", "tree/a/b", "tree/a/b/file", "tree/c", "tree/c/file"})
         EXPECT_TRUE(isWritable(name)) << name;
+}
+
+TEST_F(ListedFilesTest, DeepTreeOfManyFilesNeedsFewOpenFiles) {
+    constexpr int levels = 60;
+    constexpr int files = 700;
+    std::string folder = "deep";
+    for (int level = 0; level < levels; ++level)
+        folder += "/d";
+    for (int file = 0; file < files; ++file)
+        scratch_.writeFile(folder + '/' + std::to_string(file));
+    const std::vector<std::u16string> list = listOf(at("deep"));
+    for (const bool isListKnown : {false, true}) {
+        const FewOpenFiles few(100);
+        ListedFiles changes(at("deep"), isListKnown ? &list : nullptr);
+        for (const std::u16string& path : list)
+            ASSERT_NO_THROW(changes.permissions(path, isListKnown ? addWrite : removeWrite));
+    }
+    EXPECT_TRUE(isWritable(folder + "/0"));
+    EXPECT_TRUE(isWritable(folder + "/699"));
 }
 
 TEST_F(ListedFilesTest, AnyOrderIsRight) {
