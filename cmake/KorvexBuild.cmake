@@ -51,13 +51,16 @@ function(korvex_runtime_folder name)
 endfunction()
 
 # A GoogleTest executable over objects of the layers.
-#   korvex_unit_test(<name> SOURCES ... LAYERS ... LIBRARIES ...)
+#   korvex_unit_test(<name> SOURCES ... LAYERS ... LIBRARIES ... [LABEL ...])
 function(korvex_unit_test name)
-    cmake_parse_arguments(TEST "" "" "SOURCES;LAYERS;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(TEST "" "LABEL" "SOURCES;LAYERS;LIBRARIES" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     korvex_include_layers(${name} ${TEST_LAYERS} tests)
     target_link_libraries(${name} PRIVATE korvex_options ${TEST_LIBRARIES} GTest::gmock GTest::gtest_main
                                           Threads::Threads)
-    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
-                         PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8;no_proxy=*")
+    set(properties ENVIRONMENT "LC_ALL=C.UTF-8" ENVIRONMENT_MODIFICATION "no_proxy=set:*")
+    if(TEST_LABEL)
+        list(APPEND properties LABELS "${TEST_LABEL}")
+    endif()
+    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()

@@ -13,10 +13,7 @@ namespace {
 
 std::u16string textOf(const kxArray* array) {
     std::optional<std::u16string> text = scalarText(array);
-    if (!text) {
-        throw HostError("badArgument",
-                        u"A character row or a string is needed, not a " + sizeAndClassText(array) + u".");
-    }
+    if (!text) throw HostError("badArgument", messages::textNeeded(sizeAndClassText(array)));
     return std::move(*text);
 }
 
@@ -68,12 +65,12 @@ Outputs linesOrPrint(const std::vector<std::u16string>& lines, int outputs) {
     return values;
 }
 
-std::u16string_view reasonWithFolder(vfs::ErrorCode code) {
+std::u16string reasonWithFolder(vfs::ErrorCode code) {
     switch (code) {
-        case vfs::resourceNotFound: return u"there is no such folder";
-        case vfs::invalidLocation: return u"it is no folder";
-        case vfs::permissionDenied: return u"it may not be entered";
-        default: return u"the storage does not answer";
+        case vfs::resourceNotFound: return catalogText(messages::reasonFolderNotThere());
+        case vfs::invalidLocation: return catalogText(messages::reasonNoFolder());
+        case vfs::permissionDenied: return catalogText(messages::reasonFolderNotEntered());
+        default: return catalogText(messages::reasonNoAnswer());
     }
 }
 

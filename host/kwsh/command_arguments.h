@@ -27,6 +27,6 @@ Outputs oneText(std::u16string_view text);
 Outputs linesOrPrint(const std::vector<std::u16string>& lines, int outputs);
 
 /// Why a folder cannot be used, as the end of a sentence.
-std::u16string_view reasonWithFolder(foundation::storage::vfs::ErrorCode code);
+std::u16string reasonWithFolder(foundation::storage::vfs::ErrorCode code);
 
 }  // namespace korvex::host

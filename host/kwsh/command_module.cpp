@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "host/kwsh/failure.h"
 #include "host/kwsh/values.h"
@@ -41,9 +42,25 @@ void callIfExported(const runtime::process::SharedLibrary& library, const char* 
     if (void* address = library.symbol(symbol)) reinterpret_cast<LifecycleFunction>(address)();
 }
 
+/// Beside the program, where the build puts the library, or where an installation has its libraries.
+std::u16string libraryPath(const std::u16string& programFolder) {
+    const std::u16string file =
+        runtime::process::SharedLibrary::fileName(u"kwfilemanip") + u"" KORVEX_MODULE_SUFFIX;
+    const std::u16string beside = fl::filesystem::absolute(file, programFolder);
+    if (fl::filesystem::exists(beside)) return beside;
+    const std::u16string libraryFolder = fl::filesystem::absolute(u"" KORVEX_MODULE_FOLDER, programFolder);
+    return fl::filesystem::absolute(file, libraryFolder);
+}
+
 }  // namespace
 
 bool isModuleCommand(std::string_view name) { return findCommand(name) != nullptr; }
+
+std::vector<std::string_view> moduleCommandNames() {
+    std::vector<std::string_view> names;
+    std::ranges::transform(exportedCommands, std::back_inserter(names), &ExportedCommand::name);
+    return names;
+}
 
 CommandModule::~CommandModule() {
     if (library_) callIfExported(*library_, "KLTerminate_filemanip");
@@ -51,14 +68,10 @@ CommandModule::~CommandModule() {
 
 runtime::process::SharedLibrary& CommandModule::library() {
     if (!library_) {
-        using runtime::process::SharedLibrary;
-        const std::u16string path =
-            fl::filesystem::absolute(SharedLibrary::fileName(u"kwfilemanip"), folder_);
         try {
-            library_.emplace(path);
+            library_.emplace(libraryPath(programFolder_));
         } catch (const std::exception& error) {
-            throw HostError("moduleNotLoaded",
-                            u"The commands cannot be loaded: " + widen(error.what()) + u".");
+            throw HostError("commandNotAvailable", messages::commandsNotLoaded(widen(error.what())));
         }
         callIfExported(*library_, "KLInitialize_filemanip");
     }
@@ -70,9 +83,8 @@ CommandEntry CommandModule::find(std::string_view name) {
     if (command == nullptr) return nullptr;
     void* address = library().symbol(command->symbol);
     if (address == nullptr) {
-        throw HostError("commandNotExported", u"The library of the commands does not have '" + widen(name) +
-                                                  u"': it has no export of the name " +
-                                                  widen(command->symbol) + u".");
+        throw HostError("commandNotAvailable",
+                        messages::commandNotExported(widen(name), widen(command->symbol)));
     }
     return reinterpret_cast<CommandEntry>(address);
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/kx.h"
 #include "runtime/process/process.h"
@@ -20,23 +21,25 @@ using CommandEntry = void (*)(int nlhs, kxArray* plhs[], int nrhs, const kxArray
 using CommandLookup = std::function<CommandEntry(std::string_view name)>;
 
 bool isModuleCommand(std::string_view name);
+/// The names of all of them.
+std::vector<std::string_view> moduleCommandNames();
 
 class CommandModule {
 public:
-    /// Nothing is loaded before the first command is looked up.
-    explicit CommandModule(std::u16string folder) : folder_(std::move(folder)) {}
+    /// Nothing is loaded before the first command is looked up. `programFolder` is where the program lies.
+    explicit CommandModule(std::u16string programFolder) : programFolder_(std::move(programFolder)) {}
     ~CommandModule();
     CommandModule(const CommandModule&) = delete;
     CommandModule& operator=(const CommandModule&) = delete;
 
-    /// Null for a name that is no command of the module. Raises `HostError` "moduleNotLoaded" or
-    /// "commandNotExported".
+    /// Null for a name that is no command of the module. Raises `HostError`
+    /// "commandNotAvailable".
     CommandEntry find(std::string_view name);
 
 private:
     runtime::process::SharedLibrary& library();
 
-    std::u16string folder_;
+    std::u16string programFolder_;
     std::optional<runtime::process::SharedLibrary> library_;
 };
 

@@ -9,7 +9,9 @@
 namespace korvex::host {
 namespace {
 
-[[noreturn]] void raiseBad(std::u16string text) { throw HostError("badConcatenation", std::move(text)); }
+[[noreturn]] void raiseBad(const resource_core::BaseMsgID& message) {
+    throw HostError("badConcatenation", message);
+}
 
 bool isZeroByZero(const kxArray* array) {
     const auto dimensions = kxGetDimensions(array);
@@ -41,13 +43,12 @@ kxClassID commonClass(const ValueRows& rows) {
     if (classes.size() == 1) return classes[0];
     if (classes.size() == 2 && has(kxSTRING_CLASS) && has(kxCHAR_CLASS)) return kxSTRING_CLASS;
     if (classes.size() == 2 && has(kxDOUBLE_CLASS) && has(kxLOGICAL_CLASS)) return kxDOUBLE_CLASS;
-    raiseBad(u"Values of different classes cannot stand in one [ ]; use { } for them.");
+    raiseBad(messages::mixedClasses());
 }
 
 Value asString(const kxArray* text) {
-    if (!Velquist::String::isCharacterVector(text)) {
-        raiseBad(u"Only a character row joins strings; this is a " + sizeAndClassText(text) + u".");
-    }
+    if (!Velquist::String::isCharacterVector(text))
+        raiseBad(messages::stringsJoinRows(sizeAndClassText(text)));
     return makeString(scalarText(text));
 }
 
@@ -95,11 +96,9 @@ struct Shape {
 Shape shapeOfRow(const std::vector<Value>& row) {
     Shape shape{kxGetM(row[0].get()), 0};
     for (const Value& element : row) {
-        if (kxGetDimensions(element.get()).size() > 2) raiseBad(u"Only matrices can be joined.");
-        if (kxGetM(element.get()) != shape.rows) {
-            raiseBad(u"Side by side, all must have as many rows: " + sizeText(row[0].get()) + u" and " +
-                     sizeText(element.get()) + u" do not fit.");
-        }
+        if (kxGetDimensions(element.get()).size() > 2) raiseBad(messages::joinedMatricesOnly());
+        if (kxGetM(element.get()) != shape.rows)
+            raiseBad(messages::rowsDiffer(sizeText(row[0].get()), sizeText(element.get())));
         shape.columns += kxGetN(element.get());
     }
     return shape;
@@ -109,10 +108,8 @@ Shape shapeOfAll(const ValueRows& rows) {
     Shape all = shapeOfRow(rows[0]);
     for (std::size_t at = 1; at < rows.size(); ++at) {
         const Shape shape = shapeOfRow(rows[at]);
-        if (shape.columns != all.columns) {
-            raiseBad(u"Below each other, all must have as many columns: " + countText(all.columns) +
-                     u" and " + countText(shape.columns) + u" do not fit.");
-        }
+        if (shape.columns != all.columns)
+            raiseBad(messages::columnsDiffer(countText(all.columns), countText(shape.columns)));
         all.rows += shape.rows;
     }
     return all;
@@ -139,9 +136,7 @@ Value joinMatrices(const ValueRows& rows) {
     if (parts.size() == 1 && parts[0].size() == 1) return shared(first.get());
     if (classID == kxSTRUCT_CLASS) {
         forEachElement(parts, [&](const kxArray* element) {
-            if (!haveSameFields(first.get(), element)) {
-                raiseBad(u"Structures must have the same fields, in the same order, to be joined.");
-            }
+            if (!haveSameFields(first.get(), element)) raiseBad(messages::fieldsDiffer());
         });
     }
 
@@ -163,10 +158,8 @@ Value joinCells(const ValueRows& rows) {
     const std::size_t columns = rows.empty() ? 0 : rows[0].size();
     Value cell = makeArray(kxCELL_CLASS, {rows.size(), columns});
     for (std::size_t row = 0; row < rows.size(); ++row) {
-        if (rows[row].size() != columns) {
-            raiseBad(u"The rows of a cell array must have as many elements each: " + countText(columns) +
-                     u" and " + countText(rows[row].size()) + u" do not fit.");
-        }
+        if (rows[row].size() != columns)
+            raiseBad(messages::cellRowsDiffer(countText(columns), countText(rows[row].size())));
         for (std::size_t column = 0; column < columns; ++column) {
             kxSetCell(cell.get(), column * rows.size() + row, shared(rows[row][column].get()).release());
         }

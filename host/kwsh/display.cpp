@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "host/kwsh/text_layout.h"
 #include "host/kwsh/values.h"
 #include "runtime/interpreter/structure_display.h"
 
@@ -15,15 +16,6 @@ namespace {
 
 constexpr std::u16string_view indent = u"    ";
 constexpr std::u16string_view gap = u"    ";
-
-/// Places on the screen: a surrogate pair is one character, marks that combine take no place of their own.
-std::size_t widthOf(std::u16string_view text) {
-    return static_cast<std::size_t>(std::ranges::count_if(text, [](char16_t unit) {
-        const bool isSecondOfPair = unit >= 0xDC00 && unit <= 0xDFFF;
-        const bool isCombining = unit >= 0x0300 && unit <= 0x036F;
-        return !isSecondOfPair && !isCombining;
-    }));
-}
 
 bool isNumeric(const kxArray* array) {
     return kxGetClassID(array) == kxDOUBLE_CLASS || kxGetClassID(array) == kxLOGICAL_CLASS;

@@ -8,6 +8,8 @@
 #include "host/kwsh/host_commands.h"
 #include "host/kwsh/host_functions.h"
 #include "host/kwsh/indexing.h"
+#include "host/kwsh/operators.h"
+#include "runtime/interpreter/interrupts.h"
 
 namespace korvex::host {
 namespace {
@@ -58,21 +60,26 @@ std::vector<Value> oneValue(Value value) {
 
 void requireOneOutput(int count) {
     if (count > 1) {
-        throw HostError("tooManyOutputs", u"The right side gives one value, and " +
-                                              countText(static_cast<std::size_t>(count)) +
-                                              u" were asked for.");
+        throw HostError("tooManyOutputs",
+                        messages::tooManyOutputs(countText(static_cast<std::size_t>(count))));
     }
+}
+
+bool hasArguments(const Reference& call) {
+    return !call.accesses.empty() && call.accesses[0].kind == AccessKind::parentheses;
 }
 
 /// Whether everything behind the name belongs to the call itself.
 bool isPlainCall(const Reference& reference) {
-    return reference.accesses.empty() ||
-           (reference.accesses.size() == 1 && reference.accesses[0].kind == AccessKind::parentheses);
+    return reference.accesses.size() == (hasArguments(reference) ? 1U : 0U);
+}
+
+const std::vector<Expression>& argumentsOf(const Reference& call) {
+    static const std::vector<Expression> none;
+    return hasArguments(call) ? call.accesses[0].arguments : none;
 }
 
 }  // namespace
-
-bool Evaluator::isVariable(std::string_view name) const { return workspace_.variables.contains(name); }
 
 Value Evaluator::value(const Expression& expression) {
     return std::visit(Overloaded{
@@ -81,17 +88,20 @@ Value Evaluator::value(const Expression& expression) {
                           [](const StringLiteral& literal) { return makeString(literal.text); },
                           [this](const ArrayLiteral& array) { return arrayValue(array); },
                           [this](const Reference& reference) { return referenceValue(reference); },
+                          [this](const Prefix& prefix) {
+                              const Value operand = value(*prefix.operand);
+                              return prefix.sign == u'~' ? negated(operand.get())
+                                                         : withSign(prefix.sign, operand.get());
+                          },
+                          [this](const Operation& operation) { return operationValue(operation); },
                       },
                       expression.content);
 }
 
 std::vector<Value> Evaluator::outputs(const Expression& expression, int count) {
     const auto* reference = std::get_if<Reference>(&expression.content);
-    if (reference != nullptr && !isVariable(reference->name) && isPlainCall(*reference)) {
-        static const std::vector<Expression> noArguments;
-        return call(
-            reference->name, count,
-            argumentValues(reference->accesses.empty() ? noArguments : reference->accesses[0].arguments));
+    if (reference != nullptr && !workspace_.hasVariable(reference->name) && isPlainCall(*reference)) {
+        return call(reference->name, count, argumentValues(argumentsOf(*reference)));
     }
     requireOneOutput(count);
     return oneValue(value(expression));
@@ -125,25 +135,39 @@ Value Evaluator::arrayValue(const ArrayLiteral& array) {
 
 Value Evaluator::referenceValue(const Reference& reference) {
     const auto variable = workspace_.variables.find(reference.name);
-    Value result;
-    std::size_t used = 0;
-    if (variable != workspace_.variables.end()) {
-        result = shared(variable->second.get());
-    } else {
-        const bool hasArguments =
-            !reference.accesses.empty() && reference.accesses[0].kind == AccessKind::parentheses;
-        used = hasArguments ? 1 : 0;
-        result = std::move(
-            call(reference.name, 1,
-                 hasArguments ? argumentValues(reference.accesses[0].arguments) : std::vector<Value>())[0]);
-        if (!result) {
-            throw HostError("outputNotSet", u"'" + widen(reference.name) + u"' gave no value.");
-        }
-    }
-    for (; used < reference.accesses.size(); ++used) {
-        result = accessed(std::move(result), reference.accesses[used]);
+    const bool isVariable = variable != workspace_.variables.end();
+    Value result = isVariable ? shared(variable->second.get()) : callValue(reference);
+    for (std::size_t at = !isVariable && hasArguments(reference) ? 1 : 0; at < reference.accesses.size();
+         ++at)
+        result = accessed(std::move(result), reference.accesses[at]);
+    return result;
+}
+
+Value Evaluator::callValue(const Reference& reference) {
+    std::vector<Value> values = call(reference.name, 1, argumentValues(argumentsOf(reference)));
+    if (runtime::interpreter::isInterruptPending()) throw HostError(interruptedFailure());
+    if (!values[0]) throw HostError("outputNotSet", messages::givesNoValue(widen(reference.name)));
+    return std::move(values[0]);
+}
+
+Value Evaluator::operationValue(const Operation& operation) {
+    const Operator first = operation.operators[0];
+    if (first == Operator::bothTrue || first == Operator::eitherTrue) return connectedTruth(operation);
+    Value result = value(operation.operands[0]);
+    for (std::size_t at = 0; at < operation.operators.size(); ++at) {
+        const Value right = value(operation.operands[at + 1]);
+        result = compared(operation.operators[at], result.get(), right.get());
     }
     return result;
+}
+
+/// The first operand that decides is the last one that is looked at.
+Value Evaluator::connectedTruth(const Operation& operation) {
+    const bool deciding = operation.operators[0] == Operator::eitherTrue;
+    const bool isDecided = std::ranges::any_of(operation.operands, [&](const Expression& operand) {
+        return isTrue(value(operand).get()) == deciding;
+    });
+    return makeLogical(isDecided == deciding);
 }
 
 Value Evaluator::accessed(Value value, const Access& access) {

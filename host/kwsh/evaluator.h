@@ -1,5 +1,5 @@
 // Values of expressions, and calls: variables, the module's commands, host functions, host commands, in this
-// order.
+// order. So a variable hides whatever else has its name, the constants too.
 #pragma once
 
 #include <string_view>
@@ -17,7 +17,9 @@ public:
     Evaluator(Workspace& workspace, const CommandLookup& commands)
         : workspace_(workspace), commands_(commands) {}
 
-    /// The one value of an expression. Raises `HostError` "outputNotSet" when a call gives none.
+    /// The one value of an expression. Raises `HostError` "outputNotSet" when a call gives none. What a
+    /// command gave that was interrupted is no value to go on with: raises "interrupted" and leaves the flag
+    /// pending.
     Value value(const Expression& expression);
 
     /// The outputs of a call, or the one value of any other expression. At least one slot; a slot is null
@@ -31,9 +33,11 @@ public:
 private:
     Value arrayValue(const ArrayLiteral& array);
     Value referenceValue(const Reference& reference);
+    Value callValue(const Reference& reference);
+    Value operationValue(const Operation& operation);
+    Value connectedTruth(const Operation& operation);
     Value accessed(Value value, const Access& access);
     std::vector<Value> argumentValues(const std::vector<Expression>& arguments);
-    bool isVariable(std::string_view name) const;
 
     Workspace& workspace_;
     const CommandLookup& commands_;

@@ -21,8 +21,15 @@ using foundation::core::except::IException;
 using foundation::core::except::IMsgIDException;
 using foundation::core::except::IUserException;
 
+std::u16string catalogText(const resource_core::BaseMsgID& message) {
+    return fl::i18n::MessageCatalog::get_message(message, fl::i18n::KwLocale::global());
+}
+
 HostError::HostError(std::string_view key, std::u16string text)
     : HostError(Failure{"KORVEX:host:" + std::string(key), std::move(text)}) {}
+
+HostError::HostError(std::string_view key, const resource_core::BaseMsgID& message)
+    : HostError(key, catalogText(message)) {}
 
 HostError::HostError(Failure failure)
     : failure_(std::move(failure)), narrowText_(runtime::text::toDisplayBytes(failure_.text)) {}
@@ -33,8 +40,7 @@ namespace {
 Failure describeStorageFailure(const vfs::Exception& error) {
     const resource_core::BaseMsgID message =
         vfs::messageOf(error.getErrorCode(), Velquist::PathManagement::GetStringFromIRI(error.getLocation()));
-    return {message.identifier(),
-            fl::i18n::MessageCatalog::get_message(message, fl::i18n::KwLocale::global())};
+    return {message.identifier(), catalogText(message)};
 }
 
 }  // namespace
@@ -64,15 +70,25 @@ Failure describeCurrentException() {
     } catch (const IException& error) {
         return {unexpected, runtime::text::fromBytes(error.what())};
     } catch (const std::bad_alloc&) {
-        return {"KORVEX:host:outOfMemory", u"There is not enough memory for this."};
+        return {"KORVEX:host:outOfMemory", catalogText(messages::allocationFailed())};
     } catch (const std::exception& error) {
         return {unexpected, runtime::text::fromBytes(error.what())};
     }
 }
 
+FailedAssertion::FailedAssertion() : HostError("assertionFailed", messages::assertionFailed(u"assert")) {}
+
+Failure FailedAssertion::failureIn(std::u16string_view statement) const {
+    return {failure().identifier, catalogText(messages::assertionFailed(std::u16string(statement)))};
+}
+
 Failure interruptedFailure() {
-    const Exception<KORVEX::host::interrupted> error{KORVEX::host::interrupted()};
-    return {error.get_error_id(), error.GetUnicodeMessageTxt()};
+    const KORVEX::host::interrupted message;
+    return {message.identifier(), catalogText(message)};
+}
+
+bool isInterrupt(const Failure& failure) {
+    return failure.identifier == KORVEX::host::interrupted::fullIdentifier;
 }
 
 void raiseUndefined(std::string_view name) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "runtime/messages/host_messages.h"
+
 namespace korvex::host {
 
 struct Failure {
@@ -12,10 +14,17 @@ struct Failure {
     std::u16string text;
 };
 
+/// The texts of the host's errors.
+namespace messages = KORVEX::host;
+
+/// The catalog's text, for what stands inside of another one.
+std::u16string catalogText(const resource_core::BaseMsgID& message);
+
 /// An error of the host itself: syntax, indexing, host functions. The identifier is "KORVEX:host:" and a key.
 class HostError : public std::exception {
 public:
     HostError(std::string_view key, std::u16string text);
+    HostError(std::string_view key, const resource_core::BaseMsgID& message);
     explicit HostError(Failure failure);
 
     const Failure& failure() const noexcept { return failure_; }
@@ -29,8 +38,16 @@ private:
 /// What the exception that is being handled tells the user. Call it inside of a catch block only.
 Failure describeCurrentException();
 
-inline constexpr std::string_view interruptedIdentifier = "KORVEX:host:interrupted";
+/// `assert` without a text: the statement itself tells what does not hold.
+class FailedAssertion : public HostError {
+public:
+    FailedAssertion();
+    Failure failureIn(std::u16string_view statement) const;
+};
+
 Failure interruptedFailure();
+/// Whether this is the user's wish to stop, whoever raised it.
+bool isInterrupt(const Failure& failure);
 
 /// A name that is neither variable, command nor function: raises "KORVEX:UndefinedFunction".
 [[noreturn]] void raiseUndefined(std::string_view name);

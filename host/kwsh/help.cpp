@@ -1,199 +1,146 @@
-// What the commands do and how they are called, in short.
+// Overview, and what is shown of a page.
 #include "host/kwsh/help.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
+#include <vector>
 
 #include "host/kwsh/failure.h"
+#include "host/kwsh/help_pages.h"
 #include "host/kwsh/host_functions.h"
+#include "host/kwsh/session.h"
+#include "host/kwsh/values.h"
+#include "runtime/text/encoding.h"
 
 namespace korvex::host {
 namespace {
 
-struct HelpEntry {
-    std::string_view name;
-    std::string_view summary;
-    /// Forms and explanations, each line indented by two; empty when the summary says all.
-    std::string_view forms;
-};
+constexpr std::u16string_view examples = u"Examples";
 
-constexpr std::array fileCommands = {
-    HelpEntry{"copyfile", "copies a file, a folder, or everything that a wildcard matches",
-              R"(  copyfile(source)                        into the current folder
-  copyfile(source, destination)           destination: a new name, or a folder to copy into
-  copyfile(..., 'f')                      also over what is write-protected; 'writable' is the same
-  copyfile(..., 'copylinkbehavior', b)    links: 'osdefault', 'preserve' or 'resolve'
-  [status, text, id] = copyfile(...)      tells of a failure instead of raising it
-)"},
-    HelpEntry{"movefile", "moves or renames a file, a folder, or everything that a wildcard matches",
-              R"(  movefile(source)                        into the current folder
-  movefile(source, destination)           destination: a new name, or a folder to move into
-  movefile(..., 'f')                      also over what is write-protected; 'writable' is the same
-  movefile(..., 'movelinkbehavior', b)    links: 'preserve' or 'resolve'
-  [status, text, id] = movefile(...)      tells of a failure instead of raising it
-)"},
-    HelpEntry{"mkdir", "makes a folder, with the folders above it that are missing",
-              R"(  mkdir(folder)
-  mkdir(parent, folder)                   inside of another folder
-  [status, text, id] = mkdir(...)         tells of a failure instead of raising it
-)"},
-    HelpEntry{"rmdir", "removes a folder",
-              R"(  rmdir(folder)                           an empty folder; wildcards in its name
-  rmdir(folder, 's')                      with everything in it
-  rmdir(..., 'resolvesymboliclinks', t)   true: the folder that a link leads to
-  [status, text, id] = rmdir(...)         tells of a failure instead of raising it
-)"},
-    HelpEntry{
-        "delete", "deletes files, or moves them to the recycle bin",
-        R"(  delete(name, ...)                       files; * in the last part of a name matches any text
-  delete(..., 'resolvesymboliclinks', t)  true: what a link leads to
-  See recycle for the recycle bin. Folders are left to rmdir.
-)"},
-    HelpEntry{"recycle", "tells or sets whether delete uses the recycle bin",
-              R"(  state = recycle                         'on' or 'off'
-  earlier = recycle('on')                 delete moves local files to the recycle bin
-  earlier = recycle('off')                delete removes them for good
-)"},
-    HelpEntry{"dir", "lists what a folder, a name or a pattern names",
-              R"(  dir                                     the current folder
-  dir(name)                               a folder, a file, or a pattern with * ? and ** for any folders
-  entries = dir(...)                      fields name, folder, date, bytes, isdir, datenum
-)"},
-    HelpEntry{"what", "lists the environment's own files in a folder, by kind",
-              R"(  what                                    the current folder
-  what(folder, ...)                       folders by path, or by a part of one on the search path
-  what(..., '-casesensitive')             or '-caseinsensitive': how names are compared
-  kinds = what(...)                       one element for each folder that was found
-)"},
-    HelpEntry{"fileattrib", "shows or changes the attributes of files and folders",
-              R"(  fileattrib(name)                        shows them
-  [status, attributes, id] = fileattrib(name)
-  fileattrib(name, '+w -h')               sets (+) or clears (-) w, a, h, s: write, archive, hidden, system
-  fileattrib(name, mode, '', 's')         the same for everything below a folder
-)"},
-    HelpEntry{"isfile", "tells whether a file is there",
-              R"(  t = isfile(name)
-  t = isfile(names)                       an answer for each text of a string or cell array
-)"},
-    HelpEntry{"isfolder", "tells whether a folder is there",
-              R"(  t = isfolder(name)
-  t = isfolder(names)                     an answer for each text of a string or cell array
-)"},
-};
+std::u16string textOf(std::string_view name) { return runtime::text::fromBytes(name); }
 
-constexpr std::array hostCommandHelp = {
-    HelpEntry{"cd", "changes the current folder",
-              R"(  cd folder
-  cd                                      prints it, as pwd does
-)"},
-    HelpEntry{"pwd", "prints the current folder",
-              R"(  pwd
-  folder = pwd
-)"},
-    HelpEntry{"path", "shows the search path, where functions are looked for",
-              R"(  path                                    one folder a line
-  folders = path                          a cell column, as addpath takes it
-)"},
-    HelpEntry{"addpath", "puts folders at the front of the search path",
-              R"(  addpath folder ...                      in their order; one that is on it already moves
-  addpath(folders)                        a cell array or string array of folders
-  The path is kept from one session to the next.
-)"},
-    HelpEntry{"rmpath", "takes folders off the search path",
-              R"(  rmpath folder ...                       be they there or not
-  rmpath(folders)                         a cell array or string array of folders
-)"},
-    HelpEntry{"package", "tells which folders are installed packages",
-              R"(  package add folder name                 a warning follows when its contents are changed
-  package add folder name editable        one that is meant to be worked on
-  package remove name                     its folder stays
-  package list                            name and folder, one a line
-  lines = package('list')                 a cell column
-  package off                             no such warnings, and what leaves packages out, in all sessions, until:
-                                          package on
-)"},
-    HelpEntry{"load", "reads the function of a source file, .k or .klx",
-              R"(  load name                               found in the current folder or on the search path
-  load folder/name.k
-)"},
-    HelpEntry{"functions", "shows the source files whose functions were read",
-              R"(  functions                               one file a line
-  files = functions                       a cell column
-)"},
-    HelpEntry{"warning", "switches warnings on or off",
-              R"(  warning on
-  warning off
-  warning off KORVEX:MKDIR:DirectoryExists   one of them by its identifier
-)"},
-    HelpEntry{"lasterr", "shows the last error",
-              R"(  lasterr
-  [text, id] = lasterr
-)"},
-    HelpEntry{"lastwarn", "shows the last warning",
-              R"(  lastwarn
-  [text, id] = lastwarn
-)"},
-    HelpEntry{"who", "lists the variables", ""},
-    HelpEntry{"clear", "forgets variables",
-              R"(  clear                                   all of them
-  clear name ...
-)"},
-    HelpEntry{"help", "shows what there is, or how one command is called",
-              R"(  help
-  help copyfile
-)"},
-    HelpEntry{"exit", "ends the session; quit is the same", ""},
-    HelpEntry{"quit", "ends the session; exit is the same", ""},
-};
+bool isCommand(const std::u16string& name) { return isCommandName(runtime::text::toDisplayBytes(name)); }
 
-constexpr std::string_view statementHelp =
-    R"(Statements: copyfile('a', 'b') or copyfile a b; results as in [s, m] = mkdir('d'); ; behind a statement
-shows nothing; % begins a comment; ... continues a line; !ls runs a command of the system's shell.
-)";
-
-std::string lineOf(std::string_view name, std::string_view text, std::size_t width) {
-    std::string line = "  " + std::string(name);
-    if (line.size() < width) line.append(width - line.size(), ' ');
-    return line + ' ' + std::string(text) + '\n';
+MarkdownBlock paragraphOf(std::u16string text) {
+    MarkdownBlock block;
+    block.text = std::move(text);
+    return block;
 }
 
-template <class Entries>
-void appendLines(std::string& text, const Entries& entries) {
-    for (const HelpEntry& entry : entries)
-        text += lineOf(entry.name, entry.summary, 13);
+MarkdownBlock headingOf(std::u16string text) {
+    MarkdownBlock block = paragraphOf(std::move(text));
+    block.kind = BlockKind::heading;
+    return block;
 }
 
-const HelpEntry* findEntry(std::string_view name) {
-    const auto isIt = [name](const HelpEntry& entry) { return entry.name == name; };
-    if (const auto found = std::ranges::find_if(fileCommands, isIt); found != fileCommands.end())
-        return &*found;
-    const auto found = std::ranges::find_if(hostCommandHelp, isIt);
-    return found == hostCommandHelp.end() ? nullptr : &*found;
+/// A table without titles.
+MarkdownBlock listOf(std::vector<std::vector<std::u16string>> rows) {
+    MarkdownBlock block;
+    block.kind = BlockKind::table;
+    block.rows.push_back({u"form", u""});
+    std::ranges::move(rows, std::back_inserter(block.rows));
+    return block;
+}
+
+// -------------------------------------------------------------------------------------------- overview
+
+MarkdownBlock commandsOf(const std::vector<HelpPage>& pages) {
+    std::vector<std::vector<std::u16string>> rows;
+    for (const HelpPage& page : pages) {
+        for (const std::u16string& name : page.names) {
+            if (isCommand(name)) rows.push_back({name, summaryOf(page, name)});
+        }
+    }
+    return listOf(std::move(rows));
+}
+
+MarkdownBlock functionList() {
+    std::vector<std::vector<std::u16string>> rows;
+    for (const HostFunction& function : hostFunctions())
+        rows.push_back({widen(function.form), widen(function.meaning)});
+    return listOf(std::move(rows));
+}
+
+/// The pages that are no command's.
+MarkdownBlock topicList() {
+    std::u16string topics;
+    for (const HelpPage& page : hostPages()) {
+        if (isCommand(page.names.front())) continue;
+        if (!topics.empty()) topics += u", ";
+        topics += page.title;
+    }
+    return paragraphOf(std::move(topics));
+}
+
+// ------------------------------------------------------------------------------------------------ pages
+
+/// What can be asked for beside what is shown at once: "help copyfile details, links or all".
+std::u16string furtherParts(const HelpPage& page, const std::u16string& name) {
+    std::u16string text;
+    for (const std::u16string& part : partsOf(page)) {
+        if (isSameWord(part, examples)) continue;
+        if (!text.empty()) text += part == wholePage ? u" or " : u", ";
+        text += part;
+    }
+    return text.empty() ? text : u"help " + name + u' ' + text;
+}
+
+std::vector<MarkdownBlock> shownAtOnce(const HelpPage& page, const std::u16string& name) {
+    std::vector<MarkdownBlock> blocks;
+    for (const HelpSection& section : page.sections) {
+        if (!section.title.empty() && section.title != examples) continue;
+        std::ranges::copy(section.blocks, std::back_inserter(blocks));
+    }
+    const std::u16string parts = furtherParts(page, name);
+    if (!parts.empty()) blocks.push_back(paragraphOf(u"More: " + parts));
+    return blocks;
+}
+
+[[noreturn]] void raiseNoPart(const HelpPage& page, const std::u16string& name, std::string_view part) {
+    const std::u16string parts = furtherParts(page, name);
+    if (parts.empty()) throw HostError("noHelp", messages::noHelpParts(name));
+    throw HostError("noHelp", messages::noHelpPart(name, textOf(part), parts));
+}
+
+std::vector<MarkdownBlock> blocksOf(const HelpPage& page, const std::u16string& name, std::string_view part) {
+    if (part.empty()) return shownAtOnce(page, name);
+    std::vector<MarkdownBlock> blocks;
+    if (isSameWord(textOf(part), wholePage)) {
+        for (const HelpSection& section : page.sections)
+            std::ranges::copy(section.blocks, std::back_inserter(blocks));
+        return blocks;
+    }
+    const HelpSection* section = findSection(page, textOf(part));
+    if (section == nullptr) raiseNoPart(page, name, part);
+    return section->blocks;
 }
 
 }  // namespace
 
-std::string helpOverview() {
-    std::string text = "Files and folders (more with: help NAME)\n";
-    appendLines(text, fileCommands);
-    text += "The session\n";
-    appendLines(text, hostCommandHelp);
-    text += "Functions\n";
-    for (const HostFunction& function : hostFunctions())
-        text += lineOf(function.form, function.meaning, 21);
-    return text + std::string(statementHelp);
+std::u16string helpOverview(const PageLook& look) {
+    const std::vector<MarkdownBlock> blocks = {
+        headingOf(u"Files and folders (more with: help NAME)"),
+        commandsOf(commandPages()),
+        headingOf(u"The session"),
+        commandsOf(hostPages()),
+        headingOf(u"Functions"),
+        functionList(),
+        headingOf(u"Topics (help TOPIC)"),
+        topicList(),
+    };
+    return layOut(blocks, look);
 }
 
-std::string helpOf(std::string_view name) {
-    if (const HelpEntry* entry = findEntry(name)) {
-        return std::string(entry->name) + ": " + std::string(entry->summary) + ".\n" +
-               std::string(entry->forms);
-    }
+std::u16string helpOf(std::string_view name, std::string_view part, const PageLook& look) {
+    const std::u16string text = textOf(name);
     if (const HostFunction* function = findHostFunction(name)) {
-        return std::string(function->form) + ": " + std::string(function->meaning) + ".\n";
+        if (!part.empty()) throw HostError("noHelp", messages::noHelpParts(text));
+        return layOut(
+            std::vector{paragraphOf(widen(function->form) + u": " + widen(function->meaning) + u".")}, look);
     }
-    throw HostError("noHelp",
-                    u"There is no command or function '" + widen(name) + u"'; 'help' lists them all.");
+    const HelpPage* page = findPage(text);
+    if (page == nullptr) throw HostError("noHelp", messages::noHelp(text));
+    return layOut(blocksOf(*page, text, part), look);
 }
 
 }  // namespace korvex::host

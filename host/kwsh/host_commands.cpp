@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "host/kwsh/command_arguments.h"
+#include "host/kwsh/failure.h"
 #include "host/kwsh/help.h"
 #include "host/kwsh/package_commands.h"
 #include "host/kwsh/path_commands.h"
@@ -51,9 +52,8 @@ Outputs changeFolder(Workspace& workspace, int outputs, Arguments arguments) {
     try {
         runtime::dispatcher::setCurrentFolderPath(folder);
     } catch (const vfs::Exception& error) {
-        throw HostError("cannotChangeFolder", u"The current folder cannot become '" + folder + u"': " +
-                                                  std::u16string(reasonWithFolder(error.getErrorCode())) +
-                                                  u".");
+        throw HostError("cannotChangeFolder",
+                        messages::cannotChangeFolder(folder, reasonWithFolder(error.getErrorCode())));
     }
     return outputs > 0 ? printFolder(workspace, outputs, {}) : Outputs();
 }
@@ -62,10 +62,7 @@ Outputs changeFolder(Workspace& workspace, int outputs, Arguments arguments) {
 
 Outputs switchWarning(Workspace&, int, Arguments arguments) {
     const std::u16string word = arguments.empty() ? std::u16string() : textArgument(arguments[0]);
-    if (word != u"on" && word != u"off") {
-        throw HostError("badArgument",
-                        u"'warning' needs 'on' or 'off', and may have an identifier behind it.");
-    }
+    if (word != u"on" && word != u"off") throw HostError("badArgument", messages::warningForm());
     runtime::interpreter::setWarningEnabled(arguments.size() > 1 ? nameArgument(arguments[1]) : "all",
                                             word == u"on");
     return {};
@@ -99,8 +96,10 @@ Outputs clearVariables(Workspace& workspace, int, Arguments arguments) {
 
 // ------------------------------------------------------------------------------------ the rest
 
-Outputs showHelp(Workspace&, int, Arguments arguments) {
-    writeOutput(widen(arguments.empty() ? helpOverview() : helpOf(nameArgument(arguments[0]))));
+Outputs showHelp(Workspace& workspace, int, Arguments arguments) {
+    const PageLook look{runtime::interpreter::windowColumns(), workspace.isOutputColoured};
+    const std::string part = arguments.size() > 1 ? nameArgument(arguments[1]) : std::string();
+    writeOutput(arguments.empty() ? helpOverview(look) : helpOf(nameArgument(arguments[0]), part, look));
     return {};
 }
 
@@ -115,7 +114,7 @@ constexpr std::array commands = {
     HostCommand{"clear", 0, noLimit, clearVariables},
     HostCommand{"exit", 0, 0, requestExit},
     HostCommand{"functions", 1, 0, showFunctions},
-    HostCommand{"help", 0, 1, showHelp},
+    HostCommand{"help", 0, 2, showHelp},
     HostCommand{"lasterr", 2, 0, showLastError},
     HostCommand{"lastwarn", 2, 0, showLastWarning},
     HostCommand{"load", 0, 1, loadFunction},
@@ -131,6 +130,8 @@ static_assert(std::ranges::is_sorted(commands, {}, &HostCommand::name));
 
 }  // namespace
 
+std::span<const HostCommand> hostCommands() { return commands; }
+
 const HostCommand* findHostCommand(std::string_view name) {
     const auto found = std::ranges::lower_bound(commands, name, {}, &HostCommand::name);
     return found != commands.end() && found->name == name ? &*found : nullptr;
@@ -141,7 +142,7 @@ std::vector<Value> callHostCommand(const HostCommand& command, Workspace& worksp
     if (outputs > command.mostOutputs) {
         // No output at all is what a call in the middle of an expression meets: it has a clearer text.
         if (command.mostOutputs == 0 && outputs == 1) {
-            throw HostError("outputNotSet", u"'" + widen(command.name) + u"' gives no value.");
+            throw HostError("outputNotSet", messages::givesNoValue(widen(command.name)));
         }
         matrix::detail::error_maxlhs();
     }

@@ -18,6 +18,9 @@ struct HostCommand {
     std::vector<Value> (*run)(Workspace& workspace, int outputs, std::span<const Value> arguments);
 };
 
+/// In the order of their names.
+std::span<const HostCommand> hostCommands();
+
 /// Null when there is none of that name.
 const HostCommand* findHostCommand(std::string_view name);
 

@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <limits>
 
+#include "host/kwsh/command_arguments.h"
 #include "host/kwsh/failure.h"
+#include "host/kwsh/operators.h"
 #include "host/kwsh/text_functions.h"
 #include "runtime/process/process.h"
 
@@ -16,22 +19,22 @@ namespace {
 
 constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
 
-[[noreturn]] void raiseBad(std::u16string text) { throw HostError("badArgument", std::move(text)); }
+[[noreturn]] void raiseBad(const resource_core::BaseMsgID& message) {
+    throw HostError("badArgument", message);
+}
 
 // ------------------------------------------------------------------------------------------ sizes
 
 std::size_t sizeFrom(double number) {
-    if (!(number >= 0) || number != std::trunc(number)) {
-        raiseBad(u"A size must be a whole number from 0, not " + widen(numberText(number)) + u".");
-    }
+    if (!(number >= 0) || number != std::trunc(number))
+        raiseBad(messages::sizeNotWhole(widen(numberText(number))));
     // What is larger than any array is refused where the array is made.
     return static_cast<std::size_t>(std::min(number, 9e18));
 }
 
 std::size_t sizeFrom(const kxArray* argument) {
-    if (kxGetClassID(argument) != kxDOUBLE_CLASS || !isScalar(argument)) {
-        raiseBad(u"A size must be one number, not a " + sizeAndClassText(argument) + u".");
-    }
+    if (kxGetClassID(argument) != kxDOUBLE_CLASS || !isScalar(argument))
+        raiseBad(messages::sizeNotOneNumber(sizeAndClassText(argument)));
     return sizeFrom(kxGetScalar(argument));
 }
 
@@ -49,7 +52,7 @@ Dimensions dimensionsFrom(std::span<const Value> arguments) {
         for (const double number : kxGetDoubles(first))
             dimensions.push_back(sizeFrom(number));
     } else {
-        raiseBad(u"Sizes must be numbers, not a " + sizeAndClassText(first) + u".");
+        raiseBad(messages::sizesNotNumbers(sizeAndClassText(first)));
     }
     return dimensions;
 }
@@ -79,13 +82,12 @@ Value emptyStructure(std::span<const Value>) { return Value(kxCreateStructMatrix
 Value logicalOf(std::span<const Value> arguments) {
     const kxArray* numbers = arguments[0].get();
     if (kxGetClassID(numbers) == kxLOGICAL_CLASS) return shared(numbers);
-    if (kxGetClassID(numbers) != kxDOUBLE_CLASS) {
-        raiseBad(u"Only numbers become true or false, not a " + sizeAndClassText(numbers) + u".");
-    }
+    if (kxGetClassID(numbers) != kxDOUBLE_CLASS)
+        raiseBad(messages::logicalOfNumbersOnly(sizeAndClassText(numbers)));
     const auto dimensions = kxGetDimensions(numbers);
     Value truths = makeArray(kxLOGICAL_CLASS, {dimensions.begin(), dimensions.end()});
     std::ranges::transform(kxGetDoubles(numbers), kxGetLogicals(truths.get()).begin(), [](double number) {
-        if (std::isnan(number)) raiseBad(u"NaN is neither true nor false.");
+        if (std::isnan(number)) raiseBad(messages::nanIsNoTruth());
         return number != 0;
     });
     return truths;
@@ -100,10 +102,8 @@ Value reshapeOf(std::span<const Value> arguments) {
     double count = 1;
     for (const std::size_t dimension : dimensions)
         count *= static_cast<double>(dimension);
-    if (count != static_cast<double>(kxGetNumberOfElements(array))) {
-        raiseBad(u"The sizes must hold as many elements as the array: " +
-                 countText(kxGetNumberOfElements(array)) + u".");
-    }
+    if (count != static_cast<double>(kxGetNumberOfElements(array)))
+        raiseBad(messages::reshapedCountDiffers(countText(kxGetNumberOfElements(array))));
     while (dimensions.size() > 2 && dimensions.back() == 1)
         dimensions.pop_back();
     Value reshaped(kxDuplicateArray(array));
@@ -116,7 +116,7 @@ Value repmatOf(std::span<const Value> arguments) {
     const std::size_t down = sizeFrom(arguments[1].get());
     const std::size_t across = sizeFrom(arguments[2].get());
     const auto tileDimensions = kxGetDimensions(tile);
-    if (tileDimensions.size() > 2) raiseBad(u"Only a matrix can be repeated.");
+    if (tileDimensions.size() > 2) raiseBad(messages::repeatedMatrixOnly());
 
     const std::size_t tileRows = tileDimensions[0];
     const std::size_t tileColumns = tileDimensions[1];
@@ -159,6 +159,37 @@ Value numelOf(std::span<const Value> arguments) {
 
 Value isEmptyOf(std::span<const Value> arguments) { return makeLogical(kxIsEmpty(arguments[0].get())); }
 
+// ------------------------------------------------------------------------------------- raising
+
+/// Words of letters, digits, _ and -, with a colon between each two.
+bool isIdentifier(std::string_view text) {
+    const auto isWord = [](std::string_view word) {
+        return !word.empty() && std::ranges::all_of(word, [](unsigned char unit) {
+            return std::isalnum(unit) != 0 || unit == '_' || unit == '-';
+        });
+    };
+    std::size_t words = 1;
+    for (std::size_t colon = text.find(':'); colon != std::string_view::npos; colon = text.find(':')) {
+        if (!isWord(text.substr(0, colon))) return false;
+        text.remove_prefix(colon + 1);
+        ++words;
+    }
+    return words > 1 && isWord(text);
+}
+
+Value raiseError(std::span<const Value> arguments) {
+    if (arguments.size() == 1) throw HostError(Failure{"KORVEX:host:userError", textArgument(arguments[0])});
+    Failure failure{nameArgument(arguments[0]), textArgument(arguments[1])};
+    if (!isIdentifier(failure.identifier)) raiseBad(messages::identifierNotValid(textArgument(arguments[0])));
+    throw HostError(std::move(failure));
+}
+
+Value requireTrue(std::span<const Value> arguments) {
+    if (isTrue(arguments[0].get())) return {};
+    if (arguments.size() == 1) throw FailedAssertion();
+    throw HostError("assertionFailed", textArgument(arguments[1]));
+}
+
 // ------------------------------------------------------------------------------------ constants
 
 Value trueValue(std::span<const Value>) { return makeLogical(true); }
@@ -174,10 +205,13 @@ Value temporaryFolder(std::span<const Value>) {
 constexpr std::array functions = {
     HostFunction{"Inf", 0, 0, infinity, "Inf", "the infinite number"},
     HostFunction{"NaN", 0, 0, notANumber, "NaN", "the number that is none"},
+    HostFunction{"assert", 1, 2, requireTrue, "assert(x, text)",
+                 "an error unless x is true; text may be left out"},
     HostFunction{"cell", 0, noLimit, cellOf, "cell(dims...)", "a cell array of empty elements"},
     HostFunction{"char", 1, noLimit, charsOf, "char(n, ...)", "a character row of these code units"},
     HostFunction{"class", 1, 1, classOf, "class(x)", "the name of the class of x"},
     HostFunction{"double", 1, 1, doublesOf, "double(text)", "the code units of a text as numbers"},
+    HostFunction{"error", 1, 2, raiseError, "error(id, text)", "raises an error; id may be left out"},
     HostFunction{"false", 0, 0, falseValue, "false", "the logical value"},
     HostFunction{"isempty", 1, 1, isEmptyOf, "isempty(x)", "true when x has no element"},
     HostFunction{"logical", 1, 1, logicalOf, "logical(x)", "false for 0, true for any other number"},
@@ -188,6 +222,7 @@ constexpr std::array functions = {
     HostFunction{"reshape", 2, noLimit, reshapeOf, "reshape(x, dims...)", "the elements of x in other sizes"},
     HostFunction{"size", 1, 1, sizeOf, "size(x)", "the sizes of x"},
     HostFunction{"strcat", 1, noLimit, strcatOf, "strcat(a, b, ...)", "texts one behind the other"},
+    HostFunction{"strcmp", 2, 2, sameTexts, "strcmp(a, b)", "true where the texts are the same"},
     HostFunction{"string", 1, 1, stringsFrom, "string(x)", "texts or numbers as a string array"},
     HostFunction{"strings", 0, noLimit, stringsOf, "strings(dims...)", "an array of empty strings"},
     HostFunction{"struct", 0, 0, emptyStructure, "struct()", "a structure without fields"},

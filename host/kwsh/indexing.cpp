@@ -8,29 +8,45 @@
 namespace korvex::host {
 namespace {
 
+/// What an index counts.
+enum class Counted { elements, rows, columns, pages };
+
+/// Where that ends, as the end of a sentence.
+std::u16string endOf(Counted what, std::size_t extent) {
+    const std::u16string last = countText(extent);
+    const bool isNothing = extent == 0;
+    switch (what) {
+        case Counted::rows:
+            return isNothing ? catalogText(messages::noRow()) : catalogText(messages::lastRow(last));
+        case Counted::columns:
+            return isNothing ? catalogText(messages::noColumn()) : catalogText(messages::lastColumn(last));
+        case Counted::pages:
+            return isNothing ? catalogText(messages::noPage()) : catalogText(messages::lastPage(last));
+        default:
+            return isNothing ? catalogText(messages::noElement()) : catalogText(messages::lastElement(last));
+    }
+}
+
 /// One index as an offset from 0.
-std::size_t offsetOf(const kxArray* index, std::size_t extent, std::u16string_view what) {
+std::size_t offsetOf(const kxArray* index, std::size_t extent, Counted what) {
     if (kxGetClassID(index) != kxDOUBLE_CLASS || !isScalar(index)) {
-        throw HostError("badIndex", u"An index must be one number, not a " + sizeAndClassText(index) + u".");
+        throw HostError("badIndex", messages::indexNotOneNumber(sizeAndClassText(index)));
     }
     const double number = kxGetScalar(index);
     if (!(number >= 1) || number != std::trunc(number)) {
-        throw HostError("badIndex",
-                        u"An index must be a whole number from 1, not " + widen(numberText(number)) + u".");
+        throw HostError("badIndex", messages::indexNotWhole(widen(numberText(number))));
     }
     if (number > static_cast<double>(extent)) {
-        const std::u16string end = extent == 0
-                                       ? u"there is no " + std::u16string(what)
-                                       : u"the last " + std::u16string(what) + u" is " + countText(extent);
         throw HostError("indexOutOfRange",
-                        u"The index " + widen(numberText(number)) + u" is too large: " + end + u".");
+                        messages::indexTooLarge(widen(numberText(number)), endOf(what, extent)));
     }
     return static_cast<std::size_t>(number) - 1;
 }
 
 /// The storage offset of an element. The last index runs over all dimensions that are left.
 std::size_t storageOffset(const kxArray* array, std::span<const Value> indexes) {
-    if (indexes.size() == 1) return offsetOf(indexes[0].get(), kxGetNumberOfElements(array), u"element");
+    if (indexes.size() == 1)
+        return offsetOf(indexes[0].get(), kxGetNumberOfElements(array), Counted::elements);
     const std::span<const std::size_t> dimensions = kxGetDimensions(array);
     std::size_t offset = 0;
     std::size_t stride = 1;
@@ -40,7 +56,7 @@ std::size_t storageOffset(const kxArray* array, std::span<const Value> indexes) 
             for (std::size_t left = at + 1; left < dimensions.size(); ++left)
                 extent *= dimensions[left];
         }
-        const std::u16string what = at == 0 ? u"row" : at == 1 ? u"column" : u"page";
+        const Counted what = at == 0 ? Counted::rows : at == 1 ? Counted::columns : Counted::pages;
         offset += stride * offsetOf(indexes[at].get(), extent, what);
         stride *= extent;
     }
@@ -57,26 +73,28 @@ Value elementAt(const kxArray* array, std::span<const Value> indexes) {
     return element;
 }
 
+Value columnAt(const kxArray* array, std::size_t column) {
+    const std::size_t rows = kxGetM(array);
+    Value values = makeArrayLike(array, {rows, 1});
+    for (std::size_t row = 0; row < rows; ++row)
+        copyElement(values.get(), row, array, column * rows + row);
+    return values;
+}
+
 Value contentAt(const kxArray* array, std::span<const Value> indexes) {
-    if (kxGetClassID(array) != kxCELL_CLASS) {
-        throw HostError("badIndex", u"Only a cell array has contents for { }; this is a " +
-                                        sizeAndClassText(array) + u".");
-    }
-    if (indexes.empty()) throw HostError("badIndex", u"{ } needs the index of one element.");
+    if (kxGetClassID(array) != kxCELL_CLASS)
+        throw HostError("badIndex", messages::cellContentsOnly(sizeAndClassText(array)));
+    if (indexes.empty()) throw HostError("badIndex", messages::contentsNeedIndex());
     return shared(kxGetCell(array, storageOffset(array, indexes)));
 }
 
 Value fieldOf(const kxArray* structure, const std::string& name) {
-    if (kxGetClassID(structure) != kxSTRUCT_CLASS) {
-        throw HostError("noSuchField",
-                        u"Only a structure has fields; this is a " + sizeAndClassText(structure) + u".");
-    }
+    if (kxGetClassID(structure) != kxSTRUCT_CLASS)
+        throw HostError("noSuchField", messages::structureFieldsOnly(sizeAndClassText(structure)));
     const int field = kxGetFieldNumber(structure, name.c_str());
-    if (field < 0) throw HostError("noSuchField", u"There is no field '" + widen(name) + u"'.");
-    if (!isScalar(structure)) {
-        throw HostError("badIndex", u"This is a " + sizeAndClassText(structure) +
-                                        u" array: name one element, as in x(1)." + widen(name) + u".");
-    }
+    if (field < 0) throw HostError("noSuchField", messages::noSuchField(widen(name)));
+    if (!isScalar(structure))
+        throw HostError("badIndex", messages::oneElementNeeded(sizeAndClassText(structure), widen(name)));
     return shared(kxGetFieldByNumber(structure, 0, field));
 }
 

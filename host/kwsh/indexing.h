@@ -12,6 +12,9 @@ namespace korvex::host {
 /// an index. Raises `HostError` "badIndex" or "indexOutOfRange".
 Value elementAt(const kxArray* array, std::span<const Value> indexes);
 
+/// One column with all its rows, counted from 0; of more dimensions each page has columns.
+Value columnAt(const kxArray* array, std::size_t column);
+
 /// `array{k}`: the content of one element of a cell array.
 Value contentAt(const kxArray* array, std::span<const Value> indexes);
 

@@ -46,6 +46,7 @@ Json jsonEvent(const EnvironmentEvent& event) {
 
 void JsonPresenter::statementBegins(const SourceStatement& statement) {
     printed_.clear();
+    isHead_ = isBlockHead(statement);
     object_ = Json::object();
     object_["line"] = statement.line;
     object_["statement"] = jsonText(statement.text);
@@ -73,9 +74,20 @@ void JsonPresenter::failed(const Failure& failure) {
     object_["error"] = jsonMessage(failure.identifier, failure.text);
 }
 
+void JsonPresenter::caught(const Failure& failure) {
+    failed(failure);
+    object_["error"]["caught"] = true;
+}
+
 void JsonPresenter::told(const EnvironmentEvent& event) { object_["events"].push_back(jsonEvent(event)); }
 
+bool JsonPresenter::hasSomethingToTell() const {
+    return !printed_.empty() || !object_["warnings"].empty() || !object_["error"].is_null() ||
+           !object_["events"].empty();
+}
+
 void JsonPresenter::statementEnds() {
+    if (isHead_ && !hasSomethingToTell()) return;
     object_["printed"] = jsonText(printed_);
     output_ << jsonLine(object_) << '\n' << std::flush;
 }

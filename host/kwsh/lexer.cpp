@@ -14,8 +14,6 @@ constexpr std::size_t deepestNesting = 100;
 
 constexpr std::u16string_view symbols = u"()[]{},;=.~+-*/^<>&|:@";
 
-std::u16string quoted(char16_t unit) { return {u'\'', unit, u'\''}; }
-
 /// The quoted text here, without its quotes; a doubled quote stands for one.
 std::u16string takeQuotedText(LineBuffer& source) {
     const Position begin = source.position();
@@ -23,8 +21,7 @@ std::u16string takeQuotedText(LineBuffer& source) {
     std::u16string text;
     for (source.advance();; source.advance()) {
         if (source.isAtEnd()) {
-            throw syntaxError(u"the text that begins here has no closing " + std::u16string(1, quote) + u".",
-                              begin);
+            throw syntaxError(messages::textNotClosed(std::u16string(1, quote)), begin);
         }
         if (source.unit() == quote) {
             if (source.unit(1) != quote) break;
@@ -65,7 +62,7 @@ double takeNumber(LineBuffer& source) {
         std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (result.ec != std::errc() || result.ptr != digits.data() + digits.size() ||
         isNameUnit(source.unit())) {
-        throw syntaxError(u"this is no number that can be read.", begin);
+        throw syntaxError(messages::numberNotReadable(), begin);
     }
     return number;
 }
@@ -103,7 +100,7 @@ private:
             } else if (source_.isAtEnd() && !brackets_.empty()) {
                 goToNextLine();
             } else {
-                return !source_.isAtEnd() && source_.unit() != u'%' && !isAtSeparator();
+                return !source_.isAtEnd() && source_.unit() != u'%' && !isAtSeparator() && !isAtBlockEnd();
             }
         }
     }
@@ -112,12 +109,20 @@ private:
         return brackets_.empty() && (source_.unit() == u';' || source_.unit() == u',');
     }
 
-    /// Behind the end of the line that is reached inside of brackets. In ( ) only a comma promises more.
+    /// `end` needs no separator in front, so that a block closes where it is written down.
+    bool isAtBlockEnd() const {
+        if (!brackets_.empty() || tokens_.empty() || tokens_.back().text == u".") return false;
+        return source_.unit() == u'e' && source_.unit(1) == u'n' && source_.unit(2) == u'd' &&
+               !isNameUnit(source_.unit(3));
+    }
+
+    /// Behind the end of the line that is reached inside of brackets. In ( ) only a comma and what connects
+    /// conditions promise more.
     void goToNextLine() {
         const Bracket& innermost = brackets_.back();
         const bool isRow = innermost.opening != u'(';
-        if (!(isRow || isBehindComma()) || !source_.continueLine()) {
-            throw syntaxError(u"this " + quoted(innermost.opening) + u" is never closed.",
+        if (!(isRow || isMorePromised()) || !source_.continueLine()) {
+            throw syntaxError(messages::bracketNotClosed(std::u16string(1, innermost.opening)),
                               innermost.position);
         }
         next_.isAfterBlank = true;
@@ -128,9 +133,10 @@ private:
         tokens_.push_back(std::move(rowEnd));
     }
 
-    bool isBehindComma() const {
+    bool isMorePromised() const {
         const Token& last = tokens_.back();
-        return last.kind == TokenKind::symbol && last.text == u",";
+        return last.kind == TokenKind::symbol &&
+               (last.text == u"," || last.text == u"&&" || last.text == u"||");
     }
 
     void readToken() {
@@ -161,13 +167,14 @@ private:
 
     void readSymbol(char16_t unit) {
         if (symbols.find(unit) == std::u16string_view::npos) {
-            throw syntaxError(u"the character " + quoted(unit) + u" has no meaning here.", next_.position);
+            throw syntaxError(messages::characterWithoutMeaning(std::u16string(1, unit)), next_.position);
         }
         next_.kind = TokenKind::symbol;
         next_.text.assign(1, unit);
+        if (takeLongOperator(unit)) return;
         if (unit == u'(' || unit == u'[' || unit == u'{') {
             if (brackets_.size() == deepestNesting) {
-                throw syntaxError(u"brackets are nested too deeply.", next_.position);
+                throw syntaxError(messages::bracketsNestedTooDeeply(), next_.position);
             }
             brackets_.push_back({unit, next_.position});
         } else if (unit == u')' || unit == u']' || unit == u'}') {
@@ -176,10 +183,19 @@ private:
         source_.advance();
     }
 
+    /// An operator of two units: ==, ~=, <=, >=, &&, ||.
+    bool takeLongOperator(char16_t unit) {
+        const std::u16string two{unit, source_.unit(1)};
+        if (std::ranges::find(operators, two, &SpelledOperator::spelling) == operators.end()) return false;
+        next_.text = two;
+        source_.advance(2);
+        return true;
+    }
+
     void closeBracket(char16_t closing) {
         const char16_t opening = closing == u')' ? u'(' : closing == u']' ? u'[' : u'{';
         if (brackets_.empty() || brackets_.back().opening != opening) {
-            throw syntaxError(quoted(closing) + u" closes nothing here.", next_.position);
+            throw syntaxError(messages::closesNothing(std::u16string(1, closing)), next_.position);
         }
         brackets_.pop_back();
     }

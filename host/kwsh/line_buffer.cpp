@@ -1,16 +1,13 @@
 // Lines in front of the lexer.
 #include "host/kwsh/line_buffer.h"
 
+#include "host/kwsh/values.h"
+
 namespace korvex::host {
 
-std::u16string positionText(const Position& position) {
-    const std::string text =
-        "line " + std::to_string(position.line) + ", column " + std::to_string(position.column);
-    return std::u16string(text.begin(), text.end());
-}
-
-HostError syntaxError(std::u16string text, const Position& position) {
-    return HostError("syntax", u"In " + positionText(position) + u": " + std::move(text));
+HostError syntaxError(const resource_core::BaseMsgID& message, const Position& position) {
+    return HostError("syntax", messages::syntaxAt(countText(position.line), countText(position.column),
+                                                  catalogText(message)));
 }
 
 bool isBlank(char16_t unit) noexcept { return unit == u' ' || unit == u'\t'; }
@@ -75,7 +72,7 @@ bool LineBuffer::isAtLoneContinuationMark() const noexcept {
 void LineBuffer::followContinuationMark() {
     const Position mark = position();
     skipToEnd();
-    if (!continueLine()) throw syntaxError(u"no line follows the '...' that continues this one.", mark);
+    if (!continueLine()) throw syntaxError(messages::continuationWithoutLine(), mark);
 }
 
 }  // namespace korvex::host

@@ -11,7 +11,7 @@ namespace {
 
 class ConsoleEditor : public LineEditor {
 public:
-    TypedLine read(const std::string& prompt) override {
+    TypedLine read(const std::string& prompt, const CompleteLine&) override {
         std::cout << prompt << std::flush;
         std::string line;
         const bool hasLine = static_cast<bool>(std::getline(std::cin, line));
@@ -30,7 +30,7 @@ public:
 
 }  // namespace
 
-std::unique_ptr<LineEditor> makeLineEditor(const std::u16string&) {
+std::unique_ptr<LineEditor> makeLineEditor(const std::u16string&, bool) {
     return std::make_unique<ConsoleEditor>();
 }
 

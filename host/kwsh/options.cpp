@@ -19,7 +19,9 @@ struct OptionHelp {
     std::string_view example;
 };
 
-constexpr OptionHelp scriptHelp{"", "FILE.k", "run a script; - is standard input", "kwsh clean.k"};
+constexpr OptionHelp scriptHelp{"", "FILE.k", "run a script", "kwsh clean.k"};
+/// Read as a script of that name.
+constexpr OptionHelp inputHelp{"-", "", "run standard input as a script", "generate | kwsh -"};
 constexpr OptionHelp statementHelp{"-e", "STATEMENTS", "run a text; may be given again, in order",
                                    "kwsh -e \"mkdir d\" -e \"dir\""};
 constexpr OptionHelp jsonHelp{"--json", "", "one JSON object a statement on standard output",
@@ -35,6 +37,11 @@ constexpr OptionHelp configurationHelp{
     "--config", "FOLDER", "where settings, search path and packages are kept", "kwsh --config ./settings"};
 constexpr OptionHelp columnsHelp{"--columns", "N", "the width of the window in characters",
                                  "kwsh --columns 120 -e dir"};
+constexpr OptionHelp progressHelp{"--no-progress", "", "no line that tells how far a long command is",
+                                  "kwsh --no-progress backup.k"};
+constexpr OptionHelp colourHelp{"--color", "WHEN",
+                                "colours: auto (at a terminal, unless NO_COLOR is set), always or never",
+                                "kwsh --color=never clean.k"};
 constexpr OptionHelp traceHelp{"--trace[=MASK]", "",
                                "diagnostic trace to standard error; a bit a severity, 0x for hexadecimal",
                                "kwsh --trace=0x60 clean.k"};
@@ -43,9 +50,18 @@ constexpr OptionHelp traceFileHelp{"--trace-file", "FILE", "the trace to a file,
 constexpr OptionHelp versionHelp{"--version", "", "show the version", "kwsh --version"};
 constexpr OptionHelp usageHelp{"-h,--help", "", "show this text", "kwsh --help"};
 
-constexpr std::array helpOrder = {scriptHelp, statementHelp, jsonHelp,          transcriptHelp,
-                                  stopHelp,   folderHelp,    configurationHelp, columnsHelp,
-                                  traceHelp,  traceFileHelp, versionHelp,       usageHelp};
+constexpr std::array helpOrder = {scriptHelp, inputHelp,  statementHelp,     jsonHelp,    transcriptHelp,
+                                  stopHelp,   folderHelp, configurationHelp, columnsHelp, progressHelp,
+                                  colourHelp, traceHelp,  traceFileHelp,     versionHelp, usageHelp};
+
+struct ColourWord {
+    std::string_view word;
+    ColourChoice choice;
+};
+
+constexpr std::array colourWords = {ColourWord{"auto", ColourChoice::automatic},
+                                    ColourWord{"always", ColourChoice::always},
+                                    ColourWord{"never", ColourChoice::never}};
 
 std::string namesOf(const OptionHelp& help) { return std::string(help.names); }
 std::string meaningOf(const OptionHelp& help) { return std::string(help.meaning); }
@@ -62,6 +78,12 @@ std::uint32_t traceMaskOf(std::string_view text) {
                           "'");
     }
     return mask;
+}
+
+ColourChoice colourChoiceOf(std::string_view text) {
+    const auto found = std::ranges::find(colourWords, text, &ColourWord::word);
+    if (found != colourWords.end()) return found->choice;
+    throw OptionError("--color takes auto, always or never, and not '" + std::string(text) + "'");
 }
 
 void requireOneInput(const Options& options, bool isJson, bool isTranscript) {
@@ -98,6 +120,9 @@ Options parseOptions(std::vector<std::string> arguments) {
         ->check(isName);
     app.add_option(namesOf(columnsHelp), options.columns, meaningOf(columnsHelp))
         ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000}));
+    addSwitch(progressHelp, options.isProgressUnwanted);
+    std::optional<std::string> colours;
+    app.add_option(namesOf(colourHelp), colours, meaningOf(colourHelp));
     // A switch that may carry a value behind "="; a word behind a blank is not its.
     std::optional<std::string> traceMask;
     app.add_flag("--trace{" + std::to_string(foundation::log::severity::all) + "}", traceMask,
@@ -113,6 +138,7 @@ Options parseOptions(std::vector<std::string> arguments) {
         throw OptionError(error.what());
     }
     requireOneInput(options, isJson, isTranscript);
+    if (colours) options.colours = colourChoiceOf(*colours);
     if (traceMask) options.traceMask = traceMaskOf(*traceMask);
     if (options.traceFile && !options.traceMask) options.traceMask = foundation::log::severity::all;
     if (isJson) options.format = OutputFormat::json;

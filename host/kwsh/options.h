@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "host/kwsh/colours.h"
+
 namespace korvex::host {
 
 enum class OutputFormat { people, transcript, json };
@@ -22,6 +24,8 @@ struct Options {
     std::optional<std::string> currentFolder;
     std::optional<std::string> configurationFolder;
     std::optional<std::size_t> columns;
+    ColourChoice colours = ColourChoice::automatic;
+    bool isProgressUnwanted = false;
     /// The severities of the diagnostic trace; none without a trace.
     std::optional<std::uint32_t> traceMask;
     /// Where the trace goes instead of standard error.

@@ -16,15 +16,11 @@ using Velquist::PathManagement::GetStringFromIRI;
 
 namespace {
 
-[[noreturn]] void raiseBadForm() {
-    throw HostError("badArgument",
-                    u"'package' needs 'add folder name', with 'editable' behind it or not, 'remove name', "
-                    u"'list', 'on' or 'off'.");
-}
+[[noreturn]] void raiseBadForm() { throw HostError("badArgument", messages::packageForm()); }
 
 std::u16string packageName(const Value& argument) {
     std::u16string name = textArgument(argument);
-    if (name.empty()) throw HostError("badArgument", u"A package needs a name.");
+    if (name.empty()) throw HostError("badArgument", messages::packageNeedsName());
     return name;
 }
 
@@ -36,9 +32,8 @@ Outputs addPackage(int, Arguments arguments) {
     try {
         packages::registerPackage(folder, name, isEditable);
     } catch (const vfs::Exception& error) {
-        throw HostError("cannotAddPackage", u"The folder '" + folder + u"' cannot be a package: " +
-                                                std::u16string(reasonWithFolder(error.getErrorCode())) +
-                                                u".");
+        throw HostError("cannotAddPackage",
+                        messages::cannotAddPackage(folder, reasonWithFolder(error.getErrorCode())));
     }
     return {};
 }
@@ -46,7 +41,7 @@ Outputs addPackage(int, Arguments arguments) {
 Outputs removePackage(int, Arguments arguments) {
     const std::u16string name = packageName(arguments[0]);
     if (!packages::unregisterPackage(name)) {
-        throw HostError("noSuchPackage", u"There is no package '" + name + u"'; 'package list' shows all.");
+        throw HostError("noSuchPackage", messages::noSuchPackage(name));
     }
     return {};
 }

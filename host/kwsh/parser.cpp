@@ -1,15 +1,42 @@
-// A recursive-descent parser; the lexer bounds how deep brackets nest.
+// A recursive-descent parser; the lexer bounds how deep brackets nest, and no other rule calls itself.
 #include "host/kwsh/parser.h"
 
 #include <algorithm>
-#include <limits>
+#include <array>
+#include <span>
 #include <string_view>
 #include <utility>
 
 namespace korvex::host {
 namespace {
 
+using resource_core::BaseMsgID;
+
 std::string narrowName(const Token& token) { return std::string(token.text.begin(), token.text.end()); }
+
+std::optional<BlockWord> blockWordOf(const Token& token) {
+    return token.kind == TokenKind::name ? host::blockWordOf(narrowName(token)) : std::nullopt;
+}
+
+constexpr std::array comparisons = {Operator::equal,       Operator::notEqual, Operator::less,
+                                    Operator::lessOrEqual, Operator::greater,  Operator::greaterOrEqual};
+constexpr std::array conjunctions = {Operator::bothTrue};
+constexpr std::array alternatives = {Operator::eitherTrue};
+
+struct Refusal {
+    std::u16string_view symbols;
+    BaseMsgID (*message)(const std::u16string& symbol);
+};
+/// Symbols of which a person would expect something else than that they are misplaced.
+constexpr std::array refusals = {
+    Refusal{u"+-*/^",
+            [](const std::u16string& symbol) -> BaseMsgID { return messages::noArithmetic(symbol); }},
+    Refusal{u"&|",
+            [](const std::u16string& symbol) -> BaseMsgID {
+                return messages::singleOperator(symbol, symbol + symbol);
+            }},
+    Refusal{u":", [](const std::u16string&) -> BaseMsgID { return messages::noRanges(); }},
+};
 
 class Parser {
 public:
@@ -25,11 +52,39 @@ public:
             return assignment;
         }
         Expression shown = parseExpression();
-        if (isAt(u'=')) {
-            throw syntaxError(u"only a whole variable can be set, by its name.", peek().position);
-        }
+        if (isAt(u"=")) throw syntaxError(messages::onlyWholeVariables(), peek().position);
         requireEnd();
         return shown;
+    }
+
+    Expression parseCondition() {
+        Expression condition = parseExpression();
+        if (isAt(u"=")) throw syntaxError(messages::equalSignIsNoComparison(), peek().position);
+        if (peek().kind != TokenKind::end) raiseUnexpected(messages::nounConditionEnd());
+        return condition;
+    }
+
+    LoopHead parseLoopHead() {
+        if (peek().kind != TokenKind::name) raiseUnexpected(messages::nounLoopHead());
+        LoopHead head;
+        head.variable = takeVariable();
+        if (!isAt(u"=")) raiseUnexpected(messages::nounLoopHead());
+        take();
+        head.values = parseExpression();
+        requireEnd();
+        return head;
+    }
+
+    std::optional<std::string> parseCatchHead() {
+        if (peek().kind == TokenKind::end) return std::nullopt;
+        if (peek().kind != TokenKind::name) raiseUnexpected(messages::nounVariable());
+        std::string variable = takeVariable();
+        requireEnd();
+        return variable;
+    }
+
+    void requireEnd() const {
+        if (peek().kind != TokenKind::end) raiseUnexpected(messages::nounStatementEnd());
     }
 
 private:
@@ -39,55 +94,56 @@ private:
         return tokens_[std::min(at_ + ahead, tokens_.size() - 1)];
     }
     const Token& take() { return tokens_[at_ + 1 < tokens_.size() ? at_++ : at_]; }
-    static bool isSymbol(const Token& token, char16_t symbol) {
-        return token.kind == TokenKind::symbol && token.text[0] == symbol;
+    static bool isSymbol(const Token& token, std::u16string_view symbol) {
+        return token.kind == TokenKind::symbol && token.text == symbol;
     }
-    bool isAt(char16_t symbol) const { return isSymbol(peek(), symbol); }
+    bool isAt(std::u16string_view symbol) const { return isSymbol(peek(), symbol); }
+    bool isAt(char16_t symbol) const { return isAt(std::u16string_view(&symbol, 1)); }
 
-    [[noreturn]] void raiseUnexpected(std::u16string_view wanted) const {
+    [[noreturn]] void raiseUnexpected(const BaseMsgID& wanted) const { raiseUnexpected(catalogText(wanted)); }
+
+    [[noreturn]] void raiseUnexpected(const std::u16string& wanted) const {
         const Token& token = peek();
-        if (token.kind == TokenKind::end) {
-            throw syntaxError(u"the statement ends where " + std::u16string(wanted) + u" is needed.",
-                              token.position);
-        }
-        constexpr std::u16string_view arithmetic = u"+-*/^<>&|";
-        if (token.kind == TokenKind::symbol && arithmetic.find(token.text[0]) != std::u16string_view::npos) {
-            throw syntaxError(u"there is no arithmetic here, so '" + token.text + u"' has no meaning.",
-                              token.position);
-        }
-        throw syntaxError(std::u16string(wanted) + u" is needed here.", token.position);
+        if (token.kind == TokenKind::end) throw syntaxError(messages::neededAtEnd(wanted), token.position);
+        const auto refusal = std::ranges::find_if(refusals, [&](const Refusal& candidate) {
+            return token.kind == TokenKind::symbol && token.text.size() == 1 &&
+                   candidate.symbols.find(token.text) != std::u16string_view::npos;
+        });
+        if (refusal != refusals.end()) throw syntaxError(refusal->message(token.text), token.position);
+        throw syntaxError(messages::needed(wanted), token.position);
     }
 
-    void requireEnd() const {
-        if (peek().kind != TokenKind::end) raiseUnexpected(u"the end of the statement");
+    std::string takeVariable() {
+        if (blockWordOf(peek())) throw syntaxError(messages::wordIsNoVariable(peek().text), peek().position);
+        return narrowName(take());
     }
 
     // --------------------------------------------------------------------------------- assignments
 
     bool isAssignment() const {
-        if (peek().kind == TokenKind::name) return isSymbol(peek(1), u'=');
-        if (!isAt(u'[')) return false;
+        if (peek().kind == TokenKind::name) return isSymbol(peek(1), u"=");
+        if (!isAt(u"[")) return false;
         std::size_t ahead = 1;
-        while (peek(ahead).kind != TokenKind::end && !isSymbol(peek(ahead), u']'))
+        while (peek(ahead).kind != TokenKind::end && !isSymbol(peek(ahead), u"]"))
             ++ahead;
-        return isSymbol(peek(ahead + 1), u'=');
+        return isSymbol(peek(ahead + 1), u"=");
     }
 
     std::vector<std::optional<std::string>> parseTargets() {
         std::vector<std::optional<std::string>> targets;
-        if (!isAt(u'[')) {
-            targets.emplace_back(narrowName(take()));
+        if (!isAt(u"[")) {
+            targets.emplace_back(takeVariable());
             return targets;
         }
         take();
         do {
-            if (isAt(u'~')) {
+            if (isAt(u"~")) {
                 take();
                 targets.emplace_back(std::nullopt);
             } else if (peek().kind == TokenKind::name) {
-                targets.emplace_back(narrowName(take()));
+                targets.emplace_back(takeVariable());
             } else {
-                raiseUnexpected(u"the name of a variable or '~'");
+                raiseUnexpected(messages::nounTarget());
             }
         } while (hasNextElement(u']'));
         take();
@@ -97,17 +153,60 @@ private:
     /// Goes over what separates two elements inside of brackets. False in front of what ends the row; a comma
     /// there changes nothing.
     bool hasNextElement(char16_t closing) {
-        const bool isBehindComma = isAt(u',');
+        const bool isBehindComma = isAt(u",");
         if (isBehindComma) take();
-        if (isAt(closing) || isAt(u';') || peek().kind == TokenKind::rowEnd) return false;
+        if (isAt(closing) || isAt(u";") || peek().kind == TokenKind::rowEnd) return false;
         if (!isBehindComma && !peek().isAfterBlank)
-            raiseUnexpected(u"a blank, ',', ';' or '" + std::u16string(1, closing) + u"'");
+            raiseUnexpected(messages::nounElementSeparator(std::u16string(1, closing)));
         return true;
     }
 
     // --------------------------------------------------------------------------------- expressions
 
-    Expression parseExpression() {
+    using Rule = Expression (Parser::*)();
+
+    Expression parseExpression() { return parseOperation(alternatives, &Parser::parseConjunction); }
+    Expression parseConjunction() { return parseOperation(conjunctions, &Parser::parseComparison); }
+    Expression parseComparison() { return parseOperation(comparisons, &Parser::parseOperand); }
+
+    Expression parseOperation(std::span<const Operator> rank, Rule parseNext) {
+        Expression first = (this->*parseNext)();
+        std::optional<Operator> next = operatorOf(rank);
+        if (!next) return first;
+        Operation operation;
+        operation.operands.push_back(std::move(first));
+        for (; next; next = operatorOf(rank)) {
+            take();
+            operation.operators.push_back(*next);
+            operation.operands.push_back((this->*parseNext)());
+        }
+        return {std::move(operation)};
+    }
+
+    /// The operator here, when it is of this rank.
+    std::optional<Operator> operatorOf(std::span<const Operator> rank) const {
+        if (peek().kind != TokenKind::symbol) return std::nullopt;
+        const auto isHere = [this](Operator candidate) { return isAt(spellingOf(candidate)); };
+        const auto found = std::ranges::find_if(rank, isHere);
+        return found == rank.end() ? std::nullopt : std::optional(*found);
+    }
+
+    /// However many ~ stand here, one or two do the same.
+    Expression parseOperand() {
+        std::size_t negations = 0;
+        for (; isAt(u"~"); take())
+            ++negations;
+        Expression operand = parseValue();
+        for (std::size_t left = negations == 0 ? 0 : 2 - negations % 2; left > 0; --left)
+            operand = prefixed(u'~', std::move(operand));
+        return operand;
+    }
+
+    static Expression prefixed(char16_t sign, Expression operand) {
+        return {Prefix{sign, std::make_unique<Expression>(std::move(operand))}};
+    }
+
+    Expression parseValue() {
         const Token& token = peek();
         switch (token.kind) {
             case TokenKind::number: return {NumberLiteral{take().number}};
@@ -115,15 +214,15 @@ private:
             case TokenKind::stringText: return {StringLiteral{take().text}};
             case TokenKind::name: return {parseReference()};
             case TokenKind::symbol: return parseSymbol();
-            default: raiseUnexpected(u"a value");
+            default: raiseUnexpected(messages::nounValue());
         }
     }
 
     Expression parseSymbol() {
-        if (isAt(u'[') || isAt(u'{')) return {parseArray()};
-        if (isAt(u'(')) return parseParenthesised();
-        if (isAt(u'-') || isAt(u'+')) return {parseSignedNumber()};
-        raiseUnexpected(u"a value");
+        if (isAt(u"[") || isAt(u"{")) return {parseArray()};
+        if (isAt(u"(")) return parseParenthesised();
+        if (isAt(u"-") || isAt(u"+")) return parseSigned();
+        raiseUnexpected(messages::nounValue());
     }
 
     Expression parseParenthesised() {
@@ -131,36 +230,31 @@ private:
         const bool outer = std::exchange(blanksSeparate_, false);
         Expression inner = parseExpression();
         blanksSeparate_ = outer;
-        if (!isAt(u')')) raiseUnexpected(u"')'");
+        if (!isAt(u")")) raiseUnexpected(u"')'");
         take();
         return inner;
     }
 
-    NumberLiteral parseSignedNumber() {
-        const double sign = isSymbol(peek(), u'-') ? -1 : 1;
-        const Token& number = peek(1);
-        if (number.isAfterBlank) raiseUnexpected(u"a value");
-        double value = number.number;
-        if (number.kind == TokenKind::name && number.text == u"Inf") {
-            value = std::numeric_limits<double>::infinity();
-        } else if (number.kind == TokenKind::name && number.text == u"NaN") {
-            value = std::numeric_limits<double>::quiet_NaN();
-        } else if (number.kind != TokenKind::number) {
-            raiseUnexpected(u"a value");
-        }
-        take();
-        take();
-        return {sign * value};
+    /// A number, or one of the names that are numbers: a variable may hide these.
+    Expression parseSigned() {
+        const Token& operand = peek(1);
+        const bool isNamed =
+            operand.kind == TokenKind::name && (operand.text == u"Inf" || operand.text == u"NaN");
+        if (operand.isAfterBlank || !(isNamed || operand.kind == TokenKind::number))
+            raiseUnexpected(messages::nounValue());
+        const char16_t sign = take().text[0];
+        if (isNamed) return prefixed(sign, {Reference{narrowName(take()), {}}});
+        return {NumberLiteral{sign == u'-' ? -take().number : take().number}};
     }
 
     ArrayLiteral parseArray() {
         ArrayLiteral array;
-        array.isCell = isAt(u'{');
+        array.isCell = isAt(u"{");
         const char16_t closing = array.isCell ? u'}' : u']';
         take();
         const bool outer = std::exchange(blanksSeparate_, true);
         while (!isAt(closing)) {
-            if (isAt(u';') || peek().kind == TokenKind::rowEnd) {
+            if (isAt(u";") || peek().kind == TokenKind::rowEnd) {
                 take();
             } else {
                 array.rows.push_back(parseRow(closing));
@@ -182,13 +276,14 @@ private:
     // ---------------------------------------------------------------------------------- references
 
     Reference parseReference() {
+        if (blockWordOf(peek())) throw syntaxError(messages::wordIsNoValue(peek().text), peek().position);
         Reference reference{narrowName(take()), {}};
         while (!(blanksSeparate_ && peek().isAfterBlank)) {
-            if (isAt(u'(')) {
+            if (isAt(u"(")) {
                 reference.accesses.push_back({AccessKind::parentheses, parseArguments(u')'), {}});
-            } else if (isAt(u'{')) {
+            } else if (isAt(u"{")) {
                 reference.accesses.push_back({AccessKind::braces, parseArguments(u'}'), {}});
-            } else if (isAt(u'.')) {
+            } else if (isAt(u".")) {
                 reference.accesses.push_back({AccessKind::field, {}, parseField()});
             } else {
                 break;
@@ -203,7 +298,7 @@ private:
         const bool outer = std::exchange(blanksSeparate_, false);
         while (!isAt(closing)) {
             if (!arguments.empty()) {
-                if (!isAt(u',')) raiseUnexpected(u"',' or '" + std::u16string(1, closing) + u"'");
+                if (!isAt(u",")) raiseUnexpected(messages::nounArgumentSeparator(std::u16string(1, closing)));
                 take();
             }
             arguments.push_back(parseExpression());
@@ -215,7 +310,7 @@ private:
 
     std::string parseField() {
         take();
-        if (peek().kind != TokenKind::name || peek().isAfterBlank) raiseUnexpected(u"the name of a field");
+        if (peek().kind != TokenKind::name || peek().isAfterBlank) raiseUnexpected(messages::nounField());
         return narrowName(take());
     }
 
@@ -227,5 +322,15 @@ private:
 }  // namespace
 
 Statement parseStatement(const std::vector<Token>& tokens) { return Parser(tokens).parse(); }
+
+Expression parseCondition(const std::vector<Token>& tokens) { return Parser(tokens).parseCondition(); }
+
+LoopHead parseLoopHead(const std::vector<Token>& tokens) { return Parser(tokens).parseLoopHead(); }
+
+std::optional<std::string> parseCatchHead(const std::vector<Token>& tokens) {
+    return Parser(tokens).parseCatchHead();
+}
+
+void requireNothing(const std::vector<Token>& tokens) { Parser(tokens).requireEnd(); }
 
 }  // namespace korvex::host

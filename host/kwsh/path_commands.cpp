@@ -35,12 +35,12 @@ std::u16string sourceFile(const std::u16string& named) {
 std::u16string reasonAgainstLoading(vfs::ErrorCode code, bool isNameAlone) {
     switch (code) {
         case vfs::resourceNotFound:
-            return isNameAlone ? u"no source file of that name is in the current folder or on the search path"
-                               : u"there is no such file";
-        case vfs::invalidLocation: return u"it is no source file; these end in .k or .klx";
-        case vfs::permissionDenied: return u"it may not be looked at";
-        case vfs::unsupportedOperation: return u"functions are read from local files only";
-        default: return u"the storage does not answer";
+            return isNameAlone ? catalogText(messages::reasonNotFoundByName())
+                               : catalogText(messages::reasonNotThere());
+        case vfs::invalidLocation: return catalogText(messages::reasonNoSourceFile());
+        case vfs::permissionDenied: return catalogText(messages::reasonNotLookedAt());
+        case vfs::unsupportedOperation: return catalogText(messages::reasonNoLocalFile());
+        default: return catalogText(messages::reasonNoAnswer());
     }
 }
 
@@ -58,9 +58,8 @@ Outputs addToPath(Workspace&, int, Arguments arguments) {
     try {
         warnOf(environment::addToSearchPath(folders));
     } catch (const vfs::Exception& error) {
-        throw HostError("cannotAddToPath", u"The search path cannot have '" +
-                                               GetStringFromIRI(error.getLocation()) + u"': " +
-                                               std::u16string(reasonWithFolder(error.getErrorCode())) + u".");
+        throw HostError("cannotAddToPath", messages::cannotAddToPath(GetStringFromIRI(error.getLocation()),
+                                                                     reasonWithFolder(error.getErrorCode())));
     }
     return {};
 }
@@ -83,8 +82,8 @@ Outputs loadFunction(Workspace&, int, Arguments arguments) {
     try {
         environment::cacheFunction(sourceFile(named));
     } catch (const vfs::Exception& error) {
-        throw HostError("cannotLoad", u"'" + named + u"' cannot be loaded: " +
-                                          reasonAgainstLoading(error.getErrorCode(), !isPath(named)) + u".");
+        throw HostError("cannotLoad", messages::cannotLoad(
+                                          named, reasonAgainstLoading(error.getErrorCode(), !isPath(named))));
     }
     return {};
 }

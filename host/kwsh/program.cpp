@@ -2,6 +2,7 @@
 #include "host/kwsh/program.h"
 
 #include <charconv>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -9,6 +10,7 @@
 #include "host/kwsh/failure.h"
 #include "host/kwsh/json_presenter.h"
 #include "host/kwsh/options.h"
+#include "host/kwsh/progress_line.h"
 #include "host/kwsh/prompt.h"
 #include "host/kwsh/script_lines.h"
 #include "host/kwsh/session.h"
@@ -35,13 +37,40 @@ constexpr int exitScriptError = 1;
 constexpr int exitWrongOptions = 2;
 constexpr std::size_t defaultColumns = 80;
 
-std::unique_ptr<Presenter> makePresenter(OutputFormat format, const ProgramStreams& streams) {
-    switch (format) {
+bool hasValue(const char* variable) { return !process::environmentVariable(variable).value_or(u"").empty(); }
+
+bool areColoursWanted(const Options& options, process::Stream stream) {
+    // What programs read has none, whatever was asked for.
+    if (options.format != OutputFormat::people) return false;
+    const std::u16string terminal = process::environmentVariable("TERM").value_or(u"dumb");
+    return isColoured(options.colours,
+                      {process::isTerminal(stream), hasValue("NO_COLOR"), terminal == u"dumb"});
+}
+
+std::unique_ptr<Presenter> makePresenter(const Options& options, const ProgramStreams& streams) {
+    switch (options.format) {
         case OutputFormat::json: return std::make_unique<JsonPresenter>(streams.output);
         case OutputFormat::transcript: return std::make_unique<TranscriptPresenter>(streams.output);
         case OutputFormat::people: break;
     }
-    return std::make_unique<StreamPresenter>(streams.output, streams.errors);
+    return std::make_unique<StreamPresenter>(streams.output, streams.errors,
+                                             areColoursWanted(options, process::Stream::error));
+}
+
+/// The presenter with a progress line in front of it; null where there is no place for one. A trace that goes
+/// to the same terminal would tear it.
+std::unique_ptr<Presenter> makeProgressLine(const Options& options, Presenter& presenter,
+                                            const ProgramStreams& streams) {
+    const bool isTraceInTheWay = options.traceMask && !options.traceFile;
+    if (options.isProgressUnwanted || options.format != OutputFormat::people || isTraceInTheWay ||
+        !process::isTerminal(process::Stream::error)) {
+        return nullptr;
+    }
+    const auto columns = [] {
+        return process::terminalColumns(process::Stream::error).value_or(defaultColumns);
+    };
+    return std::make_unique<ProgressLine>(
+        presenter, ProgressSurroundings{streams.errors, columns, std::chrono::steady_clock::now});
 }
 
 /// $COLUMNS, when it is a number of columns.
@@ -158,11 +187,15 @@ int runWithOptions(const Options& options, const ProgramStreams& streams) {
     process::handleInterruptKey();
 
     CommandModule module(process::programFolder());
-    const std::unique_ptr<Presenter> presenter = makePresenter(options.format, streams);
-    Session session(*presenter, [&module](std::string_view name) { return module.find(name); });
+    const std::unique_ptr<Presenter> presenter = makePresenter(options, streams);
+    const std::unique_ptr<Presenter> progressLine = makeProgressLine(options, *presenter, streams);
+    Session session(progressLine ? *progressLine : *presenter,
+                    [&module](std::string_view name) { return module.find(name); });
+    const bool isOutputColoured = areColoursWanted(options, process::Stream::output);
+    session.setOutputColoured(isOutputColoured);
     if (!isAtPrompt) return runSources(session, options, sources);
 
-    const std::unique_ptr<LineEditor> editor = makeLineEditor(configurationFolder);
+    const std::unique_ptr<LineEditor> editor = makeLineEditor(configurationFolder, isOutputColoured);
     runPrompt(session, *editor, [&options] { setColumns(options); });
     return exitSuccess;
 }

@@ -1,6 +1,7 @@
 // Lines from the editor, and what Ctrl-C does between statements.
 #include "host/kwsh/prompt.h"
 
+#include "host/kwsh/environment_names.h"
 #include "host/kwsh/line_buffer.h"
 
 namespace korvex::host {
@@ -14,24 +15,33 @@ struct LineDropped {};
 
 class EditorLines : public LineSource {
 public:
-    explicit EditorLines(LineEditor& editor) : editor_(editor) {}
+    EditorLines(LineEditor& editor, const CompletionNames& names) : editor_(editor), names_(names) {}
 
     std::optional<std::u16string> nextLine(bool isContinuation) override {
-        TypedLine line = editor_.read(isContinuation ? continuationPrompt : statementPrompt);
+        if (!isContinuation) begun_.clear();
+        const auto completeHere = [this](std::u16string_view line, std::size_t cursor) {
+            return complete(begun_, line, cursor, names_);
+        };
+        TypedLine line = editor_.read(isContinuation ? continuationPrompt : statementPrompt, completeHere);
         if (line.end == InputEnd::interrupt) throw LineDropped();
         if (line.end == InputEnd::endOfInput) return std::nullopt;
         if (line.text.find_first_not_of(u" \t") != std::u16string::npos) editor_.remember(line.text);
+        begun_ += line.text + u'\n';
         return std::move(line.text);
     }
 
 private:
     LineEditor& editor_;
+    const CompletionNames& names_;
+    /// The lines of the statement that was begun, each with its end.
+    std::u16string begun_;
 };
 
 }  // namespace
 
 void runPrompt(Session& session, LineEditor& editor, const std::function<void()>& beforeStatement) {
-    EditorLines lines(editor);
+    const EnvironmentNames names(session.workspace());
+    EditorLines lines(editor, names);
     StatementReader reader(lines, isCommandName);
     while (!session.isExitRequested()) {
         try {

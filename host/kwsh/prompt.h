@@ -9,7 +9,7 @@
 namespace korvex::host {
 
 /// Reads and runs statements up to `exit` or the end of the input. Ctrl-C drops the statement that is being
-/// typed. `beforeStatement` is called before each one.
+/// typed, and Tab completes it. `beforeStatement` is called before each one.
 void runPrompt(Session& session, LineEditor& editor, const std::function<void()>& beforeStatement);
 
 }  // namespace korvex::host

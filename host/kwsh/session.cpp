@@ -1,22 +1,10 @@
-// The life of one statement.
+// From statements and blocks to those who run them.
 #include "host/kwsh/session.h"
 
-#include "host/kwsh/evaluator.h"
+#include "host/kwsh/block_runner.h"
 #include "host/kwsh/host_commands.h"
-#include "host/kwsh/parser.h"
-#include "host/kwsh/shell_output.h"
-#include "runtime/dispatcher/current_folder.h"
-#include "runtime/dispatcher/folder_views.h"
-#include "runtime/interpreter/interrupts.h"
-#include "runtime/messages/environment_messages.h"
-#include "runtime/process/process.h"
 
 namespace korvex::host {
-namespace {
-
-constexpr const char* answerName = "ans";
-
-}  // namespace
 
 bool isCommandName(std::string_view name) {
     return isModuleCommand(name) || findHostCommand(name) != nullptr;
@@ -25,6 +13,7 @@ bool isCommandName(std::string_view name) {
 Session::Session(Presenter& presenter, CommandLookup commands)
     : presenter_(presenter),
       commands_(std::move(commands)),
+      statements_(presenter_, workspace_, commands_),
       earlierOutput_(runtime::interpreter::setOutputReceiver(
           [this](std::u16string_view text) { presenter_.printed(text); })),
       earlierWarnings_(runtime::interpreter::setWarningReceiver(
@@ -39,18 +28,14 @@ Session::~Session() {
 }
 
 bool Session::run(const SourceStatement& statement) {
-    presenter_.statementBegins(statement);
-    std::optional<Failure> failure;
-    try {
-        execute(statement);
-    } catch (...) {
-        failure = describeCurrentException();
+    const auto* block = std::get_if<std::shared_ptr<const BlockStatement>>(&statement.content);
+    if (block == nullptr) {
+        return !statements_.tell(
+            statement, [&] { statements_.perform(actionOf(statement), !statement.isDisplaySuppressed); });
     }
-    // What failed because the user wanted it to stop is reported as that.
-    if (runtime::interpreter::takeInterrupt()) failure = interruptedFailure();
-    const bool succeeded = !failure;
-    if (failure) fail(std::move(*failure));
-    presenter_.statementEnds();
+    presenter_.blockBegins(statement);
+    const bool succeeded = !BlockRunner(statements_, workspace_).run(**block);
+    presenter_.blockEnds();
     return succeeded;
 }
 
@@ -63,93 +48,13 @@ RunResult Session::runAll(StatementReader& reader, bool stopsAtFailure) {
         }
         if (!run(std::get<SourceStatement>(*item))) {
             result.hasFailed = true;
-            if (workspace_.lastFailure.identifier == interruptedIdentifier) result.end = RunEnd::atInterrupt;
+            if (isInterrupt(workspace_.lastFailure)) result.end = RunEnd::atInterrupt;
             if (stopsAtFailure) result.end = RunEnd::atFailure;
         }
         if (isExitRequested()) result.end = RunEnd::atExit;
         if (result.end != RunEnd::atEnd) break;
     }
     return result;
-}
-
-void Session::fail(Failure failure) {
-    presenter_.failed(failure);
-    workspace_.lastFailure = std::move(failure);
-}
-
-void Session::execute(const SourceStatement& statement) {
-    const bool isShown = !statement.isDisplaySuppressed;
-    if (const auto* failure = std::get_if<Failure>(&statement.content)) throw HostError(*failure);
-    if (const auto* words = std::get_if<CommandWords>(&statement.content)) return runWords(*words, isShown);
-    if (const auto* shell = std::get_if<ShellCommand>(&statement.content)) return runShell(*shell);
-
-    const Statement parsed = parseStatement(std::get<std::vector<Token>>(statement.content));
-    if (const auto* assignment = std::get_if<Assignment>(&parsed)) {
-        runAssignment(*assignment, isShown);
-    } else {
-        runExpression(std::get<Expression>(parsed), isShown);
-    }
-}
-
-void Session::runExpression(const Expression& expression, bool isShown) {
-    const auto* reference = std::get_if<Reference>(&expression.content);
-    if (reference != nullptr && reference->accesses.empty()) {
-        // A variable by its name alone is looked at under this name; any other value becomes the answer.
-        const auto variable = workspace_.variables.find(reference->name);
-        if (variable != workspace_.variables.end()) {
-            presenter_.result(reference->name, variable->second.get(), isShown);
-            return;
-        }
-    }
-    setAnswer(std::move(Evaluator(workspace_, commands_).outputs(expression, 0)[0]), isShown);
-}
-
-void Session::runAssignment(const Assignment& assignment, bool isShown) {
-    const int count = static_cast<int>(assignment.targets.size());
-    std::vector<Value> values = Evaluator(workspace_, commands_).outputs(assignment.value, count);
-    std::size_t firstUnset = 0;
-    for (std::size_t at = 0; at < assignment.targets.size(); ++at) {
-        const std::optional<std::string>& name = assignment.targets[at];
-        if (!name) continue;
-        if (!values[at]) {
-            if (firstUnset == 0) firstUnset = at + 1;
-            continue;
-        }
-        Value& variable = workspace_.variables[*name];
-        variable = std::move(values[at]);
-        presenter_.result(*name, variable.get(), isShown);
-    }
-    if (firstUnset != 0) {
-        throw HostError("outputNotSet",
-                        u"Output " + countText(firstUnset) + u" was asked for and not given.");
-    }
-}
-
-void Session::runWords(const CommandWords& command, bool isShown) {
-    std::vector<Value> arguments;
-    for (const std::u16string& word : command.words)
-        arguments.push_back(makeText(word));
-    setAnswer(std::move(Evaluator(workspace_, commands_).call(command.name, 0, arguments)[0]), isShown);
-}
-
-void Session::runShell(const ShellCommand& command) {
-    ShellOutput output;
-    const int status = runtime::process::runShellCommand(
-        command.command, runtime::dispatcher::currentFolderPath(),
-        [&](std::string_view bytes) { runtime::interpreter::writeOutput(output.complete(bytes)); });
-    runtime::interpreter::writeOutput(output.rest());
-    // Behind the environment's back the shell may have changed any folder.
-    runtime::dispatcher::forgetFolderViews();
-    if (status != 0 && !runtime::interpreter::isInterruptPending()) {
-        kxWarningMsgId(KORVEX::host::shellStatus(widen(std::to_string(status))));
-    }
-}
-
-void Session::setAnswer(Value value, bool isShown) {
-    if (!value) return;
-    Value& answer = workspace_.variables[answerName];
-    answer = std::move(value);
-    presenter_.result(answerName, answer.get(), isShown);
 }
 
 }  // namespace korvex::host

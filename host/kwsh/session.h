@@ -4,6 +4,7 @@
 #include "host/kwsh/command_module.h"
 #include "host/kwsh/presenter.h"
 #include "host/kwsh/statement_reader.h"
+#include "host/kwsh/statement_runner.h"
 #include "host/kwsh/workspace.h"
 #include "runtime/interpreter/output.h"
 
@@ -25,8 +26,8 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Runs one statement. False when it failed. Never raises for what the statement does: an error ends in
-    /// the presenter. A pending interrupt is taken at the end and makes the statement fail.
+    /// Runs one statement, which may be a block. False when it failed. Never raises for what the statement
+    /// does: an error ends in the presenter. A pending interrupt is taken at the end and makes it fail.
     bool run(const SourceStatement& statement);
 
     /// Runs all that the reader gives, up to `exit`, an interrupt, or, when asked to, the first failure.
@@ -34,19 +35,14 @@ public:
 
     bool isExitRequested() const noexcept { return workspace_.isExitRequested; }
     const Workspace& workspace() const noexcept { return workspace_; }
+    /// Whether what the host's own commands print may have colours.
+    void setOutputColoured(bool isColoured) noexcept { workspace_.isOutputColoured = isColoured; }
 
 private:
-    void execute(const SourceStatement& statement);
-    void runExpression(const Expression& expression, bool isShown);
-    void runAssignment(const Assignment& assignment, bool isShown);
-    void runWords(const CommandWords& command, bool isShown);
-    void runShell(const ShellCommand& command);
-    void setAnswer(Value value, bool isShown);
-    void fail(Failure failure);
-
     Presenter& presenter_;
     CommandLookup commands_;
     Workspace workspace_;
+    StatementRunner statements_;
     runtime::interpreter::OutputReceiver earlierOutput_;
     runtime::interpreter::WarningReceiver earlierWarnings_;
     runtime::dispatcher::EventWatcher earlierWatcher_;

@@ -1,9 +1,12 @@
 // Statements on their way from text to action: tokens, and the syntax tree that the parser makes of them.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -16,10 +19,29 @@ struct Position {
     std::size_t line = 1;
     std::size_t column = 1;
 };
-/// "line 1, column 9".
-std::u16string positionText(const Position& position);
 /// The error of a statement that cannot be read: "KORVEX:host:syntax".
-HostError syntaxError(std::u16string text, const Position& position);
+HostError syntaxError(const resource_core::BaseMsgID& message, const Position& position);
+
+/// The words that blocks are made of. They are no names of variables.
+enum class BlockWord { ifWord, elseifWord, elseWord, forWord, tryWord, catchWord, endWord };
+
+struct SpelledBlockWord {
+    std::string_view spelling;
+    BlockWord word;
+};
+inline constexpr std::array blockWords = {
+    SpelledBlockWord{"if", BlockWord::ifWord},     SpelledBlockWord{"elseif", BlockWord::elseifWord},
+    SpelledBlockWord{"else", BlockWord::elseWord}, SpelledBlockWord{"for", BlockWord::forWord},
+    SpelledBlockWord{"try", BlockWord::tryWord},   SpelledBlockWord{"catch", BlockWord::catchWord},
+    SpelledBlockWord{"end", BlockWord::endWord},
+};
+/// Nothing for any other name.
+constexpr std::optional<BlockWord> blockWordOf(std::string_view name) {
+    for (const SpelledBlockWord& candidate : blockWords) {
+        if (candidate.spelling == name) return candidate.word;
+    }
+    return std::nullopt;
+}
 
 enum class TokenKind { name, number, charText, stringText, symbol, rowEnd, end };
 
@@ -63,8 +85,37 @@ struct Reference {
     std::vector<Access> accesses;
 };
 
+/// ~x, and the signs of the names Inf and NaN.
+struct Prefix {
+    char16_t sign = u'~';
+    std::unique_ptr<Expression> operand;
+};
+
+enum class Operator { equal, notEqual, less, lessOrEqual, greater, greaterOrEqual, bothTrue, eitherTrue };
+
+struct SpelledOperator {
+    std::u16string_view spelling;
+    Operator meaning;
+};
+inline constexpr std::array operators = {
+    SpelledOperator{u"==", Operator::equal},    SpelledOperator{u"~=", Operator::notEqual},
+    SpelledOperator{u"<", Operator::less},      SpelledOperator{u"<=", Operator::lessOrEqual},
+    SpelledOperator{u">", Operator::greater},   SpelledOperator{u">=", Operator::greaterOrEqual},
+    SpelledOperator{u"&&", Operator::bothTrue}, SpelledOperator{u"||", Operator::eitherTrue},
+};
+constexpr std::u16string_view spellingOf(Operator meaning) {
+    return operators[static_cast<std::size_t>(meaning)].spelling;
+}
+
+/// Operands with operators of one rank between them, which are one fewer; taken from the left.
+struct Operation {
+    std::vector<Expression> operands;
+    std::vector<Operator> operators;
+};
+
 struct Expression {
-    std::variant<NumberLiteral, CharLiteral, StringLiteral, ArrayLiteral, Reference> content;
+    std::variant<NumberLiteral, CharLiteral, StringLiteral, ArrayLiteral, Reference, Prefix, Operation>
+        content;
 };
 
 /// A target without name is `~`: an output that is asked for and dropped.
@@ -74,5 +125,11 @@ struct Assignment {
 };
 
 using Statement = std::variant<Assignment, Expression>;
+
+/// Behind `for`: the variable and what it runs over.
+struct LoopHead {
+    std::string variable;
+    Expression values;
+};
 
 }  // namespace korvex::host

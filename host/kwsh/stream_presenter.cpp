@@ -1,6 +1,7 @@
 // The terminal's view, and the texts of errors and warnings.
 #include "host/kwsh/stream_presenter.h"
 
+#include "host/kwsh/colours.h"
 #include "host/kwsh/display.h"
 #include "host/kwsh/values.h"
 #include "runtime/interpreter/output.h"
@@ -9,18 +10,28 @@
 namespace korvex::host {
 namespace {
 
-std::u16string messageText(std::u16string_view kind, std::u16string_view text, std::string_view identifier) {
-    return std::u16string(kind) + std::u16string(text) + u"\n  (" + widen(identifier) + u")\n";
+struct MessageKind {
+    std::u16string_view word;
+    Accent accent;
+};
+
+constexpr MessageKind errorKind{u"Error:", Accent::error};
+constexpr MessageKind warningKind{u"Warning:", Accent::warning};
+
+std::u16string messageText(const MessageKind& kind, std::u16string_view text, std::string_view identifier,
+                           bool isColoured) {
+    return accented(kind.accent, kind.word, isColoured) + u' ' + std::u16string(text) + u"\n  " +
+           accented(Accent::identifier, u"(" + widen(identifier) + u")", isColoured) + u"\n";
 }
 
 }  // namespace
 
-std::u16string errorText(const Failure& failure) {
-    return messageText(u"Error: ", failure.text, failure.identifier);
+std::u16string errorText(const Failure& failure, bool isColoured) {
+    return messageText(errorKind, failure.text, failure.identifier, isColoured);
 }
 
-std::u16string warningText(const runtime::interpreter::Warning& warning) {
-    return messageText(u"Warning: ", warning.text, warning.identifier);
+std::u16string warningText(const runtime::interpreter::Warning& warning, bool isColoured) {
+    return messageText(warningKind, warning.text, warning.identifier, isColoured);
 }
 
 void StreamPresenter::printed(std::u16string_view text) {
@@ -30,14 +41,16 @@ void StreamPresenter::printed(std::u16string_view text) {
 }
 
 void StreamPresenter::warned(const runtime::interpreter::Warning& warning) {
-    show(errors_, warningText(warning));
+    show(errors_, warningText(warning, areErrorsColoured_));
 }
 
 void StreamPresenter::result(const std::string& name, const kxArray* value, bool isShown) {
     if (isShown) show(output_, displayText(name, value, runtime::interpreter::windowColumns()));
 }
 
-void StreamPresenter::failed(const Failure& failure) { show(errors_, errorText(failure)); }
+void StreamPresenter::failed(const Failure& failure) {
+    show(errors_, errorText(failure, areErrorsColoured_));
+}
 
 void StreamPresenter::statementEnds() {
     endPrintedLine();

@@ -10,7 +10,8 @@ namespace korvex::host {
 
 class StreamPresenter : public Presenter {
 public:
-    StreamPresenter(std::ostream& output, std::ostream& errors) : output_(output), errors_(errors) {}
+    StreamPresenter(std::ostream& output, std::ostream& errors, bool areErrorsColoured = false)
+        : output_(output), errors_(errors), areErrorsColoured_(areErrorsColoured) {}
 
     void statementBegins(const SourceStatement&) override {}
     void printed(std::u16string_view text) override;
@@ -26,6 +27,7 @@ private:
 
     std::ostream& output_;
     std::ostream& errors_;
+    const bool areErrorsColoured_;
     bool isInsideLine_ = false;
 };
 

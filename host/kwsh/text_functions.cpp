@@ -10,7 +10,9 @@
 namespace korvex::host {
 namespace {
 
-[[noreturn]] void raiseBad(std::u16string text) { throw HostError("badArgument", std::move(text)); }
+[[noreturn]] void raiseBad(const resource_core::BaseMsgID& message) {
+    throw HostError("badArgument", message);
+}
 
 Dimensions dimensionsOf(const kxArray* array) {
     const auto dimensions = kxGetDimensions(array);
@@ -18,9 +20,8 @@ Dimensions dimensionsOf(const kxArray* array) {
 }
 
 char16_t unitFrom(double number) {
-    if (!(number >= 0 && number <= 65535) || number != std::trunc(number)) {
-        raiseBad(u"A code unit is a whole number from 0 to 65535, not " + widen(numberText(number)) + u".");
-    }
+    if (!(number >= 0 && number <= 65535) || number != std::trunc(number))
+        raiseBad(messages::codeUnitOutOfRange(widen(numberText(number))));
     return static_cast<char16_t>(number);
 }
 
@@ -30,12 +31,12 @@ bool isMissing(const kxArray* array) { return Velquist::String::isMissingScalarS
 std::optional<std::u16string> textOrMissing(const kxArray* array) {
     if (isMissing(array)) return std::nullopt;
     std::optional<std::u16string> text = scalarText(array);
-    if (!text) raiseBad(u"A character row or a string is needed, not a " + sizeAndClassText(array) + u".");
+    if (!text) raiseBad(messages::textNeeded(sizeAndClassText(array)));
     return text;
 }
 
 Value stringsFromRows(const kxArray* chars) {
-    if (kxGetDimensions(chars).size() > 2) raiseBad(u"Only a character matrix has rows.");
+    if (kxGetDimensions(chars).size() > 2) raiseBad(messages::charMatrixOnly());
     const std::size_t rows = kxGetM(chars);
     const std::size_t columns = kxGetN(chars);
     const std::span<const char16_t> units = kxGetChars(chars);
@@ -66,9 +67,8 @@ Value charsOf(std::span<const Value> arguments) {
     }
     std::u16string units;
     for (const Value& argument : arguments) {
-        if (kxGetClassID(argument.get()) != kxDOUBLE_CLASS) {
-            raiseBad(u"Code units are numbers; this is a " + sizeAndClassText(argument.get()) + u".");
-        }
+        if (kxGetClassID(argument.get()) != kxDOUBLE_CLASS)
+            raiseBad(messages::codeUnitsNotNumbers(sizeAndClassText(argument.get())));
         std::ranges::transform(kxGetDoubles(argument.get()), std::back_inserter(units), unitFrom);
     }
     return makeText(units);
@@ -89,7 +89,7 @@ Value doublesOf(std::span<const Value> arguments) {
         return doubles;
     }
     const std::optional<std::u16string> text = scalarText(array);
-    if (!text) raiseBad(u"A text is needed, not a " + sizeAndClassText(array) + u".");
+    if (!text) raiseBad(messages::unitsOfTextOnly(sizeAndClassText(array)));
     Value doubles = makeArray(kxDOUBLE_CLASS, {1, text->size()});
     std::ranges::copy(*text, kxGetDoubles(doubles.get()).begin());
     return doubles;
@@ -126,7 +126,7 @@ Value stringsFrom(std::span<const Value> arguments) {
         case kxCELL_CLASS:
             return stringsElementwise(
                 array, [&](std::size_t at) { return textOrMissing(shared(kxGetCell(array, at)).get()); });
-        default: raiseBad(u"A " + sizeAndClassText(array) + u" has no texts.");
+        default: raiseBad(messages::withoutTexts(sizeAndClassText(array)));
     }
 }
 

@@ -27,7 +27,21 @@ void TranscriptPresenter::plainLine(std::u16string_view line) {
     output_ << runtime::text::toDisplayBytes(line) << '\n';
 }
 
+void TranscriptPresenter::blockBegins(const SourceStatement& block) {
+    showTyped(block);
+    isInsideBlock_ = true;
+}
+
+void TranscriptPresenter::blockEnds() {
+    isInsideBlock_ = false;
+    statementEnds();
+}
+
 void TranscriptPresenter::statementBegins(const SourceStatement& statement) {
+    if (!isInsideBlock_) showTyped(statement);
+}
+
+void TranscriptPresenter::showTyped(const SourceStatement& statement) {
     std::string_view mark = statementMark;
     for (std::u16string_view left = statement.typedText;; mark = continuationMark) {
         const std::size_t end = std::min(left.find(u'\n'), left.size());
@@ -59,6 +73,7 @@ void TranscriptPresenter::failed(const Failure& failure) { show(errorText(failur
 
 void TranscriptPresenter::statementEnds() {
     if (!line_.empty()) endLine();
+    if (isInsideBlock_) return;
     for (; pendingEmptyLines_ > 0; --pendingEmptyLines_)
         output_ << emptyOutputLine << '\n';
     output_.flush();

@@ -40,8 +40,8 @@ Dimensions checkedDimensions(Dimensions dimensions, std::size_t elementBytes) {
         }
     }
     if (isTooLarge) {
-        throw HostError("arrayTooLarge", isEmpty ? u"These sizes are too large, even for an empty array."
-                                                 : u"An array of this size would take more than 2 GiB.");
+        if (isEmpty) throw HostError("arrayTooLarge", messages::emptyArrayTooLarge());
+        throw HostError("arrayTooLarge", messages::arrayTooLarge());
     }
     return dimensions;
 }
@@ -98,7 +98,7 @@ void copyElement(kxArray* target, std::size_t targetIndex, const kxArray* source
                                    shared(kxGetFieldByNumber(source, sourceIndex, field)).release());
             }
             break;
-        default: throw HostError("unknownClass", u"An array of an unknown class cannot be taken apart.");
+        default: throw HostError("unknownClass", messages::unknownClass());
     }
 }
 

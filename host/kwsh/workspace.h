@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "host/kwsh/failure.h"
 #include "host/kwsh/values.h"
@@ -10,10 +11,14 @@
 namespace korvex::host {
 
 struct Workspace {
+    bool hasVariable(std::string_view name) const { return variables.contains(name); }
+
     std::map<std::string, Value, std::less<>> variables;
     /// Of the last statement that failed; empty at first.
     Failure lastFailure;
     bool isExitRequested = false;
+    /// What is printed may have colours.
+    bool isOutputColoured = false;
 };
 
 }  // namespace korvex::host

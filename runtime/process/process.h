@@ -45,12 +45,12 @@ bool isTerminal(Stream stream) noexcept;
 /// Columns of the terminal behind a stream, or nothing.
 std::optional<unsigned> terminalColumns(Stream stream) noexcept;
 
-/// Waits until a read of standard input would not wait. False when an interrupt is pending, before the wait or
-/// during it.
+/// Waits until a read of standard input would not wait. False when an interrupt is pending, before the wait
+/// or during it.
 bool waitForInput() noexcept;
 
-/// Ctrl-C raises the pending-interrupt flag from now on and does not kill the process. What is being written is
-/// written to its end.
+/// Ctrl-C raises the pending-interrupt flag from now on and does not kill the process. What is being written
+/// is written to its end.
 void handleInterruptKey();
 
 /// As long as the object lives, Ctrl-C ends a read that waits, as at its end of input.
@@ -62,12 +62,16 @@ public:
     InterruptibleReading& operator=(const InterruptibleReading&) = delete;
 };
 
+/// What a command of the shell reads as its standard input.
+enum class ShellInput { empty, ofThisProcess };
+
 /// Runs a command line in the system's shell, in `folder`, its standard output and standard error handed to
-/// `receive` as they come, in bytes; standard input is empty. Gives its exit status, 128 and the signal's
-/// number when a signal ended it. Raises `std::runtime_error` when it cannot be started. An interrupt is the
-/// shell's to obey; what it leaves running in the background is not waited for then.
+/// `receive` as they come, in bytes. Gives its exit status, 128 and the signal's number when a signal ended
+/// it. Raises `std::runtime_error` when it cannot be started. An interrupt is the shell's to obey; what it
+/// leaves running in the background is not waited for then.
 int runShellCommand(const std::u16string& command, const std::u16string& folder,
-                    const std::function<void(std::string_view)>& receive);
+                    const std::function<void(std::string_view)>& receive,
+                    ShellInput input = ShellInput::empty);
 
 /// Whole content of a file in bytes, for the host's scripts. Raises `std::runtime_error` with the system's
 /// words.

@@ -51,9 +51,10 @@ Pipe openPipe() {
 /// What happens in the new process before the shell begins.
 class FileActions {
 public:
-    FileActions(const std::string& folder, int output) {
+    FileActions(const std::string& folder, int output, ShellInput input) {
         require(::posix_spawn_file_actions_init(&actions_));
-        require(::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        if (input == ShellInput::empty)
+            require(::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
         require(::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO));
         require(::posix_spawn_file_actions_adddup2(&actions_, output, STDERR_FILENO));
         require(::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
@@ -121,11 +122,11 @@ private:
     bool hasEnded_ = false;
 };
 
-pid_t startShell(std::string command, const std::string& folder, int output) {
+pid_t startShell(std::string command, const std::string& folder, int output, ShellInput input) {
     std::string shell = "sh";
     std::string option = "-c";
     char* arguments[] = {shell.data(), option.data(), command.data(), nullptr};
-    const FileActions actions(folder, output);
+    const FileActions actions(folder, output, input);
     const SpawnAttributes attributes;
     pid_t id = -1;
     require(::posix_spawn(&id, "/bin/sh", actions.get(), attributes.get(), arguments, environ));
@@ -163,9 +164,9 @@ void readUntilEnd(FileDescriptor pipe, ChildProcess& shell,
 }  // namespace
 
 int runShellCommand(const std::u16string& command, const std::u16string& folder,
-                    const std::function<void(std::string_view)>& receive) {
+                    const std::function<void(std::string_view)>& receive, ShellInput input) {
     Pipe pipe = openPipe();
-    ChildProcess shell(startShell(bytesOf(command), bytesOf(folder), pipe.writeEnd.get()));
+    ChildProcess shell(startShell(bytesOf(command), bytesOf(folder), pipe.writeEnd.get(), input));
     pipe.writeEnd.close();
     readUntilEnd(std::move(pipe.readEnd), shell, receive);
     return shell.exitStatus();

@@ -28,14 +28,24 @@ Pipe openPipe() {
     return pipe;
 }
 
-Handle openEmptyInput() {
+/// A handle that the new process may have.
+Handle openInput(ShellInput input) {
+    if (input == ShellInput::ofThisProcess) {
+        HANDLE inherited = nullptr;
+        const HANDLE self = ::GetCurrentProcess();
+        if (!::DuplicateHandle(self, ::GetStdHandle(STD_INPUT_HANDLE), self, &inherited, 0, TRUE,
+                               DUPLICATE_SAME_ACCESS)) {
+            raiseSystemError(::GetLastError());
+        }
+        return Handle(inherited);
+    }
     SECURITY_ATTRIBUTES inherited{};
     inherited.nLength = sizeof inherited;
     inherited.bInheritHandle = TRUE;
-    Handle input(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                               OPEN_EXISTING, 0, nullptr));
-    if (!input.isOpen()) raiseSystemError(::GetLastError());
-    return input;
+    Handle nothing(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                 OPEN_EXISTING, 0, nullptr));
+    if (!nothing.isOpen()) raiseSystemError(::GetLastError());
+    return nothing;
 }
 
 Handle startShell(const std::u16string& command, const std::u16string& folder, const Handle& input,
@@ -60,9 +70,9 @@ Handle startShell(const std::u16string& command, const std::u16string& folder, c
 }  // namespace
 
 int runShellCommand(const std::u16string& command, const std::u16string& folder,
-                    const std::function<void(std::string_view)>& receive) {
+                    const std::function<void(std::string_view)>& receive, ShellInput input) {
     Pipe pipe = openPipe();
-    const Handle shell = startShell(command, folder, openEmptyInput(), pipe.writeEnd);
+    const Handle shell = startShell(command, folder, openInput(input), pipe.writeEnd);
     pipe.writeEnd.close();
 
     std::array<char, 4096> block{};

@@ -59,12 +59,12 @@ TEST(Display, ControlCharactersNeverReachTheTerminal) {
 
 TEST(Display, ColumnsLineUpByCharactersNotByUnits) {
     Value strings = makeArray(kxSTRING_CLASS, {2, 2});
-    kxSetStringElement(strings.get(), 0, u"\U0001F600");
+    kxSetStringElement(strings.get(), 0, u"\U0001D400");
     kxSetStringElement(strings.get(), 1, u"ab");
     kxSetStringElement(strings.get(), 2, u"x");
     kxSetStringElement(strings.get(), 3, u"y");
     EXPECT_EQ(displayText("x", strings.get(), 80),
-              u"x =\n    \"\U0001F600\"     \"x\"\n    \"ab\"    \"y\"\n");
+              u"x =\n    \"\U0001D400\"     \"x\"\n    \"ab\"    \"y\"\n");
 }
 
 TEST(Display, AColumnWiderThanTheWindowIsShownAlone) {

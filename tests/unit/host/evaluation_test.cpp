@@ -42,6 +42,77 @@ TEST_F(Evaluation, ThereIsNoArithmetic) {
     EXPECT_EQ(show("-Inf"), "    -Inf");
 }
 
+TEST_F(Evaluation, ComparisonsGoElementByElementAndASingleElementGoesWithAll) {
+    EXPECT_EQ(show("[1 2 3] == [1 5 3]"), "    1    0    1");
+    EXPECT_EQ(show("2 >= [1; 2; 3]"), "    1\n    1\n    0");
+    EXPECT_EQ(show("class('a' < 98)"), "    logical");
+    EXPECT_EQ(show("[\"a\" missing \"b\"] ~= 'a'"), "    0    1    1");
+    EXPECT_EQ(show("size(zeros(0, 3) == 1)"), "    0    3");
+    EXPECT_EQ(show("size(reshape([1 2 3 4], 1, 2, 2) < 3)"), "    1    2    2");
+}
+
+TEST_F(Evaluation, WhatCannotBeComparedIsRefused) {
+    for (const char* text : {"[1 2] == [1 2 3]", "[1 2] == [1; 2]", "'ab' == 'abc'",
+                             "[\"a\" \"b\"] == [\"a\"; \"b\"]", "strcmp({'a', 'b'}, [\"a\" \"b\" \"c\"])"}) {
+        EXPECT_EQ(show(text), "KORVEX:host:differentSizes") << text;
+    }
+    for (const char* text : {"\"a\" < \"b\"", "\"a\" == 1", "{1} == 1", "struct() == struct()", "~\"a\"",
+                             "~{1}", "~NaN", "\"a\" == ['a'; 'b']"}) {
+        EXPECT_EQ(show(text), "KORVEX:host:badOperand") << text;
+    }
+    for (const char* text : {"\"a\" && 1", "1 && {}", "0 || NaN", "0 || struct()"}) {
+        EXPECT_EQ(show(text), "KORVEX:host:badCondition") << text;
+    }
+}
+
+TEST_F(Evaluation, TextsAreTheSameWhateverTheirClass) {
+    EXPECT_EQ(show("strcmp({'a', \"a\", 1, {}, missing}, 'a')"), "    1    1    0    0    0");
+    EXPECT_EQ(show("strcmp('', char(zeros(1, 0)))"), "    1");
+    EXPECT_EQ(show("strcmp(['ab'; 'cd'], 'abcd')"), "    0");
+    EXPECT_EQ(show("size(strcmp({}, 'a'))"), "    0    0");
+    EXPECT_EQ(show("strcmp({'a'}, {'a', 'b'})"), "    1    0");
+}
+
+TEST_F(Evaluation, TheRightSideIsLookedAtOnlyWhereTheLeftLeavesItOpen) {
+    EXPECT_EQ(show("false && nothing"), "    0");
+    EXPECT_EQ(show("true || nothing"), "    1");
+    EXPECT_EQ(show("true && nothing"), "KORVEX:UndefinedFunction");
+    EXPECT_EQ(show("false || true && nothing"), "KORVEX:UndefinedFunction");
+}
+
+TEST_F(Evaluation, OperatorsBindInTheirOrder) {
+    EXPECT_EQ(show("~1 == 0"), "    1");
+    EXPECT_EQ(show("3 > 2 > 1"), "    0");
+    EXPECT_EQ(show("1 || 1 && 0"), "    1");
+    EXPECT_EQ(show("(1 || 1) && 0"), "    0");
+    EXPECT_EQ(show("[1 == 1 ~0 -1 < 0]"), "    1    1    1");
+}
+
+TEST_F(Evaluation, AHundredThousandOperatorsTakeNoDeepStack) {
+    std::string chain = "1";
+    for (int count = 0; count < 100000; ++count)
+        chain += " == 1";
+    EXPECT_EQ(show(chain), "    1");
+    EXPECT_EQ(show(std::string(100000, '~') + "3"), "    1");
+    EXPECT_EQ(show(std::string(100001, '~') + "3"), "    0");
+}
+
+TEST_F(Evaluation, AVariableHidesAConstantBehindASignToo) {
+    EXPECT_EQ(show("NaN = 5; -NaN"), "    -5");
+    EXPECT_EQ(show("Inf = {}; -Inf"), "KORVEX:host:badOperand");
+    EXPECT_EQ(show("clear NaN Inf\n[-NaN +Inf -Inf]"), "    NaN    Inf    -Inf");
+}
+
+TEST_F(Evaluation, ErrorsOfTheUsersOwnHaveTheirIdentifier) {
+    EXPECT_EQ(show("error('A:b:c-d_1', 'text')"), "A:b:c-d_1");
+    EXPECT_EQ(show("error('text')"), "KORVEX:host:userError");
+    for (const char* text :
+         {"error('', 'x')", "error('A', 'x')", "error('A:', 'x')", "error(':b', 'x')", "error('A: b', 'x')",
+          "error('A::b', 'x')", "error(1, 'x')", "error('A:b', 1)"}) {
+        EXPECT_EQ(show(text), "KORVEX:host:badArgument") << text;
+    }
+}
+
 TEST_F(Evaluation, OnlyWholeVariablesAreSet) {
     EXPECT_EQ(show("x = 1; x(1) = 2"), "KORVEX:host:syntax");
     EXPECT_EQ(show("x"), "    1");

@@ -55,11 +55,9 @@ private:
 /// Runs script texts. Commands are those of `commands`; no module is loaded.
 class HostSession {
 public:
-    HostSession()
-        : session(presenter, [this](std::string_view name) -> host::CommandEntry {
-              const auto found = commands.find(name);
-              return found == commands.end() ? nullptr : found->second;
-          }) {}
+    HostSession() : HostSession(nullptr) {}
+    /// Tells another presenter.
+    explicit HostSession(host::Presenter& other) : HostSession(&other) {}
 
     host::RunResult run(std::string text, bool stopsAtFailure = false) {
         host::TextLines lines(std::move(text));
@@ -84,6 +82,13 @@ public:
     std::map<std::string, host::CommandEntry, std::less<>> commands;
     RecordingPresenter presenter;
     host::Session session;
+
+private:
+    explicit HostSession(host::Presenter* other)
+        : session(other != nullptr ? *other : presenter, [this](std::string_view name) -> host::CommandEntry {
+              const auto found = commands.find(name);
+              return found == commands.end() ? nullptr : found->second;
+          }) {}
 };
 
 }  // namespace korvex::tests

@@ -103,6 +103,31 @@ TEST(JsonPresenter, AStatementIsOneLineWithAllFieldsInOrder) {
         "\n");
 }
 
+TEST(JsonPresenter, AFailureThatIsCaughtSaysSo) {
+    std::ostringstream output;
+    JsonPresenter presenter(output);
+    presenter.statementBegins({});
+    presenter.caught({"A:b", u"text"});
+    presenter.statementEnds();
+    EXPECT_EQ(Json::parse(output.str())["error"],
+              Json::parse(R"({"id": "A:b", "text": "text", "caught": true})"));
+}
+
+TEST(JsonPresenter, AHeadOfABlockIsALineOnlyWhenThereIsSomethingToTell) {
+    std::ostringstream output;
+    JsonPresenter presenter(output);
+    SourceStatement head;
+    head.text = u"if x";
+    head.content = BlockPart();
+    presenter.statementBegins(head);
+    presenter.statementEnds();
+    EXPECT_EQ(output.str(), "");
+    presenter.statementBegins(head);
+    presenter.warned({"A:b", u"text"});
+    presenter.statementEnds();
+    EXPECT_EQ(Json::parse(output.str())["statement"], "if x");
+}
+
 TEST(JsonPresenter, EventsStandInTheirOrderUnderTheirOwnKeys) {
     using Kind = runtime::dispatcher::EnvironmentEvent::Kind;
     std::ostringstream output;

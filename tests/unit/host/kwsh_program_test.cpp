@@ -100,6 +100,75 @@ TEST_F(KwshProgram, StandardInputThatIsNoTerminalIsAScript) {
     EXPECT_EQ(run("</dev/null").status, 0);
 }
 
+TEST_F(KwshProgram, AShellCommandDoesNotReadAwayTheScript) {
+    scratch.writeFile("test.k", "!cat\nx = 1\n");
+    EXPECT_EQ(run("<test.k").output, "x =\n    1\n");
+    EXPECT_EQ(run("-e '!cat' -e 'x = 1' <test.k").output, "x =\n    1\n");
+}
+
+TEST_F(KwshProgram, BlocksStandInEveryKindOfScript) {
+    const std::string block = "for k = {'a', 'b'}\n  if isfile(k{1})\n    k\n  end\nend\n";
+    scratch.writeFile("a");
+    scratch.writeFile("test.k", block);
+    const std::string shown = "k =\n    {'a'}\n";
+    EXPECT_EQ(run("test.k").output, shown);
+    EXPECT_EQ(run("<test.k").output, shown);
+    EXPECT_EQ(run("-e \"" + block + "\"").output, shown);
+}
+
+TEST_F(KwshProgram, ABlockThatIsNeverClosedNamesItsLineAndRunsNothing) {
+    scratch.writeFile("a");
+    scratch.writeFile("test.k", "x = 1;\nif true\n  delete a\n");
+    for (const char* arguments : {"test.k", "<test.k", "-e 'x = 1' -e 'if true' -e end"}) {
+        const ProgramRun result = run(arguments);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.errors, HasSubstr("this 'if' has no 'end'.\n  (KORVEX:host:syntax)\n"));
+    }
+    EXPECT_THAT(run("test.k").errors, HasSubstr("In line 2, column 1: "));
+    EXPECT_TRUE(std::filesystem::exists(scratch.path() / "a"));
+}
+
+TEST_F(KwshProgram, AnErrorThatIsCaughtIsSuccess) {
+    const ProgramRun result = run("-e 'try, nothing, catch e, e.identifier, end'");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "ans =\n    KORVEX:UndefinedFunction\n");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(run("--json -e 'try, nothing, end'").status, 0);
+}
+
+TEST_F(KwshProgram, JsonOfABlockIsOneObjectForEachStatementThatIsRun) {
+    scratch.writeFile("test.k",
+                      "for k = [1 2]\n  if k == 2\n    x = k;\n  end\nend\n"
+                      "try\n  nothing\ncatch e\n  e.message;\nend\nif mkdir('d'), end\nif \"s\"\nend\n");
+    const std::vector<nlohmann::json> lines = linesOf(run("--json test.k").output);
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_EQ(lines[0]["line"], 3);
+    EXPECT_EQ(lines[0]["statement"], "x = k");
+    EXPECT_EQ(lines[1]["line"], 7);
+    EXPECT_EQ(lines[1]["error"]["id"], "KORVEX:UndefinedFunction");
+    EXPECT_EQ(lines[1]["error"]["caught"], true);
+    EXPECT_EQ(lines[2]["line"], 9);
+    EXPECT_EQ(lines[3]["statement"], "if mkdir('d')");
+    EXPECT_FALSE(lines[3]["events"].empty());
+    EXPECT_EQ(lines[4]["statement"], "if \"s\"");
+    EXPECT_EQ(lines[4]["error"]["id"], "KORVEX:host:badCondition");
+}
+
+TEST_F(KwshProgram, CtrlCEndsALoopAndIsCaughtByNobody) {
+    scratch.writeFile("test.k",
+                      "try\n  for k = [1 2 3]\n    k\n    !kill -INT $PPID\n  end\ncatch\n  k\nend\nk\n");
+    const ProgramRun result = run("test.k");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "k =\n    1\n");
+    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:interrupted)\n"));
+}
+
+TEST_F(KwshProgram, TextsOfTheHostAreInTheUsersLanguage) {
+    const std::string program = "LC_ALL=de_DE.UTF-8 '" KWSH_PROGRAM "'";
+    EXPECT_THAT(runProgram("env", program + " -e '[1 2; 3]'").errors, HasSubstr("passen nicht zusammen"));
+    EXPECT_THAT(runProgram("env", program + " -e 'x = (1'").errors, HasSubstr("In Zeile 1, Spalte 5: "));
+}
+
 TEST_F(KwshProgram, CommandsOfTheModuleRun) {
     scratch.writeFile("d/a.txt");
     const ProgramRun result = run("--cd d -e 'x = isfile(\"a.txt\")' -e 'isfolder ../d'");
@@ -207,17 +276,22 @@ TEST_F(KwshProgram, CtrlCDoesNotWaitForWhatTheShellLeftInTheBackground) {
 TEST_F(KwshProgram, WithoutTheModuleItsCommandsSayWhy) {
     const std::filesystem::path programs = std::filesystem::path(KWSH_PROGRAM).parent_path();
     const std::filesystem::path alone = scratch.makeFolder("alone");
-    for (const char* file : {"kwsh", "libkwruntime.so"})
+    for (const char* file : {"kwsh", KWRUNTIME_FILE})
         std::filesystem::copy(programs / file, alone / file);
     const ProgramRun result = runProgram((alone / "kwsh").string(), "-e 'x = 1' -e 'isfile a'");
     EXPECT_EQ(result.output, "x =\n    1\n");
     EXPECT_THAT(result.errors, HasSubstr("libkwfilemanip.so"));
-    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:moduleNotLoaded)\n"));
+    EXPECT_THAT(result.errors, HasSubstr("  (KORVEX:host:commandNotAvailable)\n"));
 }
 
 TEST_F(KwshProgram, NamesThatAreNoTextArriveAndLeaveAsTheyAre) {
     const ProgramRun result = run("-e \"$(printf 'x = \"a\\377\"')\"");
     EXPECT_EQ(result.output, "x =\n    \"a\xFF\"\n");
+    scratch.writeFile("a\xFF");
+    scratch.writeFile("test.k", "isfile a\xFF\ndouble('\xFF\xC3\xA4\xC3')\n");
+    const std::string shown = "ans =\n    1\nans =\n    56575    228    56515\n";
+    EXPECT_EQ(run("test.k").output, shown);
+    EXPECT_EQ(run("<test.k").output, shown);
 }
 
 TEST_F(KwshProgram, SearchPathAndPackagesAreKeptFromRunToRun) {

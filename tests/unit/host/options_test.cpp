@@ -47,6 +47,15 @@ TEST(Options, TraceTakesAMaskBehindAnEqualsSignOnly) {
     EXPECT_EQ(options.script, "96");
 }
 
+TEST(Options, ColoursAndProgressCanBeChosen) {
+    EXPECT_EQ(parseOptions({}).colours, ColourChoice::automatic);
+    EXPECT_EQ(parseOptions({"--color=auto"}).colours, ColourChoice::automatic);
+    EXPECT_EQ(parseOptions({"--color=always"}).colours, ColourChoice::always);
+    EXPECT_EQ(parseOptions({"--color", "never"}).colours, ColourChoice::never);
+    EXPECT_FALSE(parseOptions({}).isProgressUnwanted);
+    EXPECT_TRUE(parseOptions({"--no-progress"}).isProgressUnwanted);
+}
+
 TEST(Options, ATraceFileAloneSwitchesTheTraceOn) {
     const Options alone = parseOptions({"--trace-file", "t.log"});
     EXPECT_EQ(alone.traceFile, "t.log");
@@ -56,13 +65,28 @@ TEST(Options, ATraceFileAloneSwitchesTheTraceOn) {
 
 TEST(Options, WrongOnesAreRefused) {
     using Arguments = std::vector<std::string>;
-    for (const Arguments& arguments :
-         {Arguments{"--nothing"}, Arguments{"-x"}, Arguments{"a.k", "b.k"}, Arguments{"-e"},
-          Arguments{"--cd"}, Arguments{"--columns", "0"}, Arguments{"--columns", "-3"},
-          Arguments{"--columns", "wide"}, Arguments{"--json", "--transcript"}, Arguments{"-e", "x", "a.k"},
-          Arguments{"--json=yes"}, Arguments{"--trace=all"}, Arguments{"--trace=0x"}, Arguments{"--trace=-1"},
-          Arguments{"--trace=4294967296"}, Arguments{"--trace=1 2"}, Arguments{"--trace=true"},
-          Arguments{"--trace-file"}}) {
+    for (const Arguments& arguments : {Arguments{"--nothing"},
+                                       Arguments{"-x"},
+                                       Arguments{"a.k", "b.k"},
+                                       Arguments{"-e"},
+                                       Arguments{"--cd"},
+                                       Arguments{"--columns", "0"},
+                                       Arguments{"--columns", "-3"},
+                                       Arguments{"--columns", "wide"},
+                                       Arguments{"--json", "--transcript"},
+                                       Arguments{"-e", "x", "a.k"},
+                                       Arguments{"--json=yes"},
+                                       Arguments{"--trace=all"},
+                                       Arguments{"--trace=0x"},
+                                       Arguments{"--trace=-1"},
+                                       Arguments{"--trace=4294967296"},
+                                       Arguments{"--trace=1 2"},
+                                       Arguments{"--trace=true"},
+                                       Arguments{"--trace-file"},
+                                       Arguments{"--color"},
+                                       Arguments{"--color=red"},
+                                       Arguments{"--color="},
+                                       Arguments{"--no-progress=1"}}) {
         EXPECT_THROW(parseOptions(arguments), OptionError) << testing::PrintToString(arguments);
     }
 }
@@ -71,7 +95,7 @@ TEST(Options, HelpShowsEveryOptionWithAnExample) {
     const std::string usage = usageText();
     for (const char* option :
          {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd", "--config", "--columns",
-          "--trace[=MASK]", "--trace-file", "--version", "--help"}) {
+          "--no-progress", "--color WHEN", "-  ", "--trace[=MASK]", "--trace-file", "--version", "--help"}) {
         EXPECT_THAT(usage,
                     HasSubstr("  " + std::string(option == std::string("--help") ? "-h,--help" : option)));
     }
@@ -80,7 +104,7 @@ TEST(Options, HelpShowsEveryOptionWithAnExample) {
          at = usage.find("example: ", at + 1)) {
         ++examples;
     }
-    EXPECT_EQ(examples, 12U);
+    EXPECT_EQ(examples, 15U);
 }
 
 }  // namespace

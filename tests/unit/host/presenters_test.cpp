@@ -11,6 +11,7 @@
 #include "host/kwsh/values.h"
 #include "runtime/text/encoding.h"
 #include "tests/sessions/session_file.h"
+#include "tests/unit/host/host_fixture.h"
 
 namespace korvex::host {
 namespace {
@@ -26,6 +27,20 @@ TEST(StreamPresenter, ErrorsAndWarningsGoToTheirOwnStream) {
     presenter.failed({"KORVEX:C:d", u"wrong"});
     EXPECT_EQ(output.str(), "text\nx =\n    1\n");
     EXPECT_EQ(errors.str(), "Warning: careful\n  (KORVEX:A:b)\nError: wrong\n  (KORVEX:C:d)\n");
+}
+
+TEST(StreamPresenter, OnlyMessagesAreColoured) {
+    std::ostringstream output;
+    std::ostringstream errors;
+    StreamPresenter presenter(output, errors, true);
+    presenter.printed(u"text\n");
+    presenter.warned({"KORVEX:A:b", u"careful"});
+    presenter.result("x", makeDouble(1).get(), true);
+    presenter.failed({"KORVEX:C:d", u"wrong"});
+    EXPECT_EQ(output.str(), "text\nx =\n    1\n");
+    EXPECT_EQ(errors.str(),
+              "\x1B[1;33mWarning:\x1B[0m careful\n  \x1B[2m(KORVEX:A:b)\x1B[0m\n"
+              "\x1B[1;31mError:\x1B[0m wrong\n  \x1B[2m(KORVEX:C:d)\x1B[0m\n");
 }
 
 TEST(StreamPresenter, WhatItShowsBeginsOnALineOfItsOwn) {
@@ -83,6 +98,32 @@ TEST_P(TranscriptRoundTrip, GivesTheScriptBack) {
 INSTANTIATE_TEST_SUITE_P(Outputs, TranscriptRoundTrip,
                          testing::Values(u"", u"a", u"\n", u"\n\n", u"a\n\n", u"\n\na\n", u">> x\n", u"% c\n",
                                          u"..\n", u"\\\n", u"a\n\n>> b\n\n\n% c\n"));
+
+TEST(Transcript, ABlockIsTypedAtOnceAndWhatItGaveFollows) {
+    std::ostringstream output;
+    TranscriptPresenter presenter(output);
+    tests::HostSession host(presenter);
+    host.run("for k = [1 2]\n  % turn\n\n  k\nend % done\nx = 3;\n");
+    EXPECT_EQ(
+        output.str(),
+        ">> for k = [1 2]\n..   % turn\n..\n..   k\n.. end % done\nk =\n    1\nk =\n    2\n>> x = 3;\n");
+}
+
+TEST(Transcript, ABlockComesBackAsItWasTyped) {
+    const std::string script =
+        "% first\nif 1 % one\n\n  % note\n  !echo; echo '>> x'; echo\n  if 0, end; end % two\n\ny = 2; try, "
+        "z, "
+        "end; y\n";
+    const std::string read =
+        "% first\nif 1 % one\n\n  % note\n  !echo; echo '>> x'; echo\n  if 0, end; end % two\n\ny = 2;\ntry, "
+        "z, "
+        "end;\ny\n";
+    std::ostringstream output;
+    TranscriptPresenter presenter(output);
+    tests::HostSession host(presenter);
+    host.run(script);
+    EXPECT_EQ(tests::scriptOf(tests::linesOf(output.str())), read);
+}
 
 TEST(SessionFile, ADifferenceShowsTheLinesOfBothSides) {
     EXPECT_EQ(tests::difference({"a", "b", "c"}, {"a", "x", "y", "c"}),

@@ -112,5 +112,13 @@ TEST(InterruptKey, RaisesTheFlagAndNothingElse) {
     EXPECT_FALSE(interpreter::isInterruptPending());
 }
 
+TEST(InterruptKey, TwiceIsAsGoodAsOnce) {
+    handleInterruptKey();
+    EXPECT_EQ(std::raise(SIGINT), 0);
+    EXPECT_EQ(std::raise(SIGINT), 0);
+    EXPECT_TRUE(interpreter::takeInterrupt());
+    EXPECT_FALSE(interpreter::takeInterrupt());
+}
+
 }  // namespace
 }  // namespace korvex::runtime::process

@@ -97,6 +97,20 @@ TEST(StatementReader, ALineEndBehindACommaInsideOfParenthesesGoesOn) {
     EXPECT_EQ(syntaxErrorOf("f(1,"), u"In line 1, column 2: this '(' is never closed.");
 }
 
+TEST(StatementReader, OperatorsOfTwoUnitsAreOneToken) {
+    const SourceStatement statement = onlyStatement("x=~a==b~=c<=d>=e&&f||g<-1");
+    std::u16string symbols;
+    for (const Token& token : std::get<std::vector<Token>>(statement.content)) {
+        if (token.kind == TokenKind::symbol) symbols += token.text + u' ';
+    }
+    EXPECT_EQ(symbols, u"= ~ == ~= <= >= && || < - ");
+}
+
+TEST(StatementReader, ALineEndBehindWhatConnectsConditionsGoesOnInsideOfParentheses) {
+    EXPECT_EQ(itemsOf("x = (a && % first\n b ||\n c)\ny").size(), 2U);
+    EXPECT_EQ(syntaxErrorOf("x = (a =="), u"In line 1, column 5: this '(' is never closed.");
+}
+
 TEST(StatementReader, ALineEndInsideOfSquareBracketsIsARowEnd) {
     const SourceStatement statement = onlyStatement("[1 % first\n2]");
     const auto& tokens = std::get<std::vector<Token>>(statement.content);
@@ -134,6 +148,16 @@ TEST(CommandForm, NeedsABlankAndNoBracketOrEqualsSignBehindIt) {
         const auto& statement = std::get<SourceStatement>(items.at(0));
         EXPECT_FALSE(std::holds_alternative<CommandWords>(statement.content)) << text;
     }
+}
+
+TEST(CommandForm, AnOperatorWithABlankBehindItMakesAnExpression) {
+    for (const char* text :
+         {"dir == 3", "dir ~= 3", "dir < x", "dir >= x", "dir && x", "dir  ||\tx", "dir ==3"}) {
+        EXPECT_FALSE(std::holds_alternative<CommandWords>(onlyStatement(text).content)) << text;
+    }
+    EXPECT_THAT(wordsOf("dir <x"), ElementsAre(u"<x"));
+    EXPECT_THAT(wordsOf("dir ~x ~ y"), ElementsAre(u"~x", u"~", u"y"));
+    EXPECT_THAT(wordsOf("dir ~=x"), ElementsAre(u"~=x"));
 }
 
 TEST(CommandForm, SeparatorsEndItAndPercentSignsBeginACommentBehindABlank) {

@@ -18,6 +18,7 @@
 #include "platform/message_identifiers.h"
 #include "runtime/messages/bundles.h"
 #include "runtime/messages/environment_messages.h"
+#include "runtime/messages/host_messages.h"
 
 namespace {
 
@@ -25,8 +26,9 @@ using fl::i18n::KwLocale;
 using fl::i18n::MessageCatalog;
 using korvex::runtime::messages::entryKeys;
 
-using AllMessages = decltype(std::tuple_cat(std::declval<KORVEX::Vocabulary>(),
-                                            std::declval<KORVEX::EnvironmentVocabulary>()));
+using AllMessages =
+    decltype(std::tuple_cat(std::declval<KORVEX::Vocabulary>(), std::declval<KORVEX::EnvironmentVocabulary>(),
+                            std::declval<KORVEX::HostVocabulary>()));
 
 // The catalog's name of a language, and the locale that asks for it.
 struct Language {
@@ -74,7 +76,7 @@ std::u16string wide(const std::string& text) { return fl::i18n::to_ustring(text)
 std::size_t classesDeclaredIn(const char* header) {
     std::ifstream file(header);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    const std::regex declaration(R"(struct\s+\w+\s*:\s*resource_core::Message<)");
+    const std::regex declaration(R"((struct\s+\w+\s*:|using\s+\w+\s*=)\s*resource_core::Message<)");
     return static_cast<std::size_t>(
         std::distance(std::sregex_iterator(text.begin(), text.end(), declaration), std::sregex_iterator()));
 }
@@ -140,6 +142,7 @@ TEST(CatalogCompleteness, TheVocabulariesListEveryClassOfTheirHeadersOnce) {
     EXPECT_EQ(std::tuple_size_v<KORVEX::Vocabulary>, classesDeclaredIn(KORVEX_VOCABULARY_HEADER));
     EXPECT_EQ(std::tuple_size_v<KORVEX::EnvironmentVocabulary>,
               classesDeclaredIn(KORVEX_ENVIRONMENT_VOCABULARY_HEADER));
+    EXPECT_EQ(std::tuple_size_v<KORVEX::HostVocabulary>, classesDeclaredIn(KORVEX_HOST_VOCABULARY_HEADER));
     EXPECT_EQ(identifiersOfAllClasses().size(), std::tuple_size_v<AllMessages>);
 }
 
