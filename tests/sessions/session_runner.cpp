@@ -42,7 +42,7 @@ std::string transcriptOf(const std::string& program, const std::string& script) 
     const std::string configurationFolder = (scratch.path() / "configuration").string();
     // What is deleted into the recycle bin goes to one of the session's own, never to that of the user.
     const std::string homeFolder = quotedForShell(scratch.makeFolder("home").string());
-    std::string command = "HOME=" + homeFolder + " XDG_DATA_HOME=" + homeFolder + "/data LC_ALL=C.UTF-8 ";
+    std::string command = "HOME=" + homeFolder + " XDG_DATA_HOME=" + homeFolder + "/data LC_ALL=C.UTF-8 no_proxy='*' ";
     command += quotedForShell(program) + " --transcript --columns 80";
     command += " --cd " + quotedForShell(workFolder) + " --config " + quotedForShell(configurationFolder);
     command += ' ' + quotedForShell(scriptPath);
