@@ -23,6 +23,21 @@ namespace except = foundation::core::except;
 
 constexpr int indentation = 4;
 
+/// Nobody writes deeper ones; what is done with a document takes a step down for each level.
+constexpr int deepestNesting = 100;
+
+/// Discarded when it is no JSON, or nested too deeply.
+json parsed(const std::string& content) {
+    bool isTooDeep = false;
+    const auto isKept = [&](int depth, json::parse_event_t, json&) {
+        isTooDeep = isTooDeep || depth > deepestNesting;
+        return !isTooDeep;
+    };
+    json document = json::parse(content, isKept, false);
+    if (isTooDeep) document = json(json::value_t::discarded);
+    return document;
+}
+
 /// Runs an operation on a file; a failure becomes a `ConfigurationError` with the text of `Message`.
 template <class Message, class Operation>
 auto reportedAs(const std::u16string& path, const Operation& operation) {
@@ -114,7 +129,7 @@ StoredDocument::Found StoredDocument::find(const std::u16string& file) const {
         reportedAs<host::configurationNotRead>(file, [&] { return readWholeFile(file); });
     if (!whole) return found;
     found.source.stamp = whole->stamp;
-    found.document = json::parse(whole->content, nullptr, false);
+    found.document = parsed(whole->content);
     found.isDamaged = !isOurs(found.document);
     return found;
 }

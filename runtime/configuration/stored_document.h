@@ -23,8 +23,9 @@ public:
 /// Reads and changes one file. A change is made under a lock that all processes keep to, on what stands in
 /// the file then; it is written to a temporary file, made durable and renamed, so that a crash leaves the old
 /// or the new document. A damaged file is set aside under another name (which the warning
-/// "KORVEX:host:damagedConfiguration" gives) and read as an empty object; it is never overwritten. A file
-/// marked read-only is not replaced. Where the file is a link, what it leads to is replaced.
+/// "KORVEX:host:damagedConfiguration" gives) and read as an empty object; it is never overwritten. One that
+/// is nested deeper than a person would write it counts as damaged. A file marked read-only is not replaced.
+/// Where the file is a link, what it leads to is replaced.
 ///
 /// While there is no configuration folder the document is kept in memory for this run.
 ///

@@ -50,6 +50,17 @@ std::u16string_view volumeOf(std::u16string_view path) noexcept {
     return path.substr(0, path.find_first_of(u"\\/", share + 1));
 }
 
+/// The two as text, with one separator between them.
+std::u16string behind(std::u16string_view base, std::u16string_view path, PathStyle style) {
+    std::u16string result;
+    result.reserve(base.size() + 1 + path.size());
+    result = base;
+    if (!path.empty() && !result.empty() && !isSeparator(result.back(), style)) {
+        result += preferredSeparator(style);
+    }
+    return result.append(path);
+}
+
 std::u16string joinedOnWindows(std::u16string_view base, std::u16string_view path) {
     constexpr PathStyle style = PathStyle::windows;
     if (!path.empty() && isSeparator(path[0], style)) return std::u16string(volumeOf(base)).append(path);
@@ -57,7 +68,8 @@ std::u16string joinedOnWindows(std::u16string_view base, std::u16string_view pat
         const std::u16string_view volume = volumeOf(base);
         const bool sameDrive =
             volume.ends_with(u':') && smallLetter(volume[volume.size() - 2]) == smallLetter(path[0]);
-        if (sameDrive) return joined(base, path.substr(2), style);
+        // What is behind the drive is a name, even if that reads as a drive once more.
+        if (sameDrive) return behind(base, path.substr(2), style);
         return std::u16string(path.substr(0, 2)).append(u"\\").append(path.substr(2));
     }
     return std::u16string();
@@ -98,11 +110,7 @@ std::u16string joined(std::u16string_view base, std::u16string_view path, PathSt
         std::u16string special = joinedOnWindows(base, path);
         if (!special.empty()) return special;
     }
-    std::u16string result;
-    result.reserve(base.size() + 1 + path.size());
-    result = base;
-    if (!result.empty() && !isSeparator(result.back(), style)) result += preferredSeparator(style);
-    return result.append(path);
+    return behind(base, path, style);
 }
 
 std::u16string foldSeparators(std::u16string_view path) {

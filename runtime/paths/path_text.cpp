@@ -70,8 +70,9 @@ std::u16string rebuilt(std::u16string_view path, const std::vector<Component>& c
 class KeptComponents {
 public:
     KeptComponents(std::u16string_view path, PathStyle style) : path_(path), style_(style) {
+        // Of the long form also a drive without a separator has nothing above it.
         const std::size_t root = rootLength(path, style);
-        isRooted_ = root > 0 && isSeparator(path[root - 1], style);
+        isRooted_ = isAbsolute(path, style) || (root > 0 && isSeparator(path[root - 1], style));
     }
 
     void keep(Component component) {
@@ -89,13 +90,20 @@ public:
             kept_.pop_back();
         if (kept_.empty()) return isRooted_;
         if (isDotDot(kept_.back().name)) return false;
+        const bool wasLikeDrive = startsWithDrive(kept_.back().name, style_);
         kept_.pop_back();
+        // The dot that has kept it from being a drive has nothing more to do.
+        if (wasLikeDrive && kept_.size() == 1 && isDot(kept_.front().name)) kept_.pop_back();
         return true;
     }
 
     std::u16string path() const {
         std::u16string result = rebuilt(path_, kept_, style_);
-        return result.empty() && !path_.empty() ? u"." : result;
+        if (result.empty() && !path_.empty()) return u".";
+        // A name that reads as a drive must not become one: the path would lead elsewhere.
+        const bool hasGainedRoot = rootLength(path_, style_) == 0 && rootLength(result, style_) > 0;
+        if (hasGainedRoot) result.insert(0, {u'.', preferredSeparator(style_)});
+        return result;
     }
 
 private:

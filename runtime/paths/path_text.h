@@ -20,7 +20,8 @@ bool startsWithTwoSeparators(std::u16string_view path, PathStyle style) noexcept
 /// Whether a component of the text is "." or "..".
 bool hasDotComponent(std::u16string_view text, PathStyle style) noexcept;
 
-/// Takes the components "." out; a relative path of nothing else becomes ".".
+/// Takes the components "." out; a relative path of nothing else becomes ".". One stays in front of a name
+/// that would otherwise read as a drive (".\C:a"), here and below.
 void removeSingleDots(std::u16string& path, PathStyle style);
 
 /// Takes each ".." out together with the component in front of it, as text: links are not looked at. Above a

@@ -105,6 +105,22 @@ TEST_F(StoredDocumentTest, DamagedFilesNeverReplaceOneAnother) {
     EXPECT_EQ(contentOf(folder() / "path.json.damaged-4"), "three");
 }
 
+TEST_F(StoredDocumentTest, AFileThatIsNestedWithoutEndIsADamagedOne) {
+    constexpr std::size_t levels = 200'000;
+    const std::string content = "{\"a\":" + std::string(levels, '[') + std::string(levels, ']') + '}';
+    write(content);
+    EXPECT_EQ(document().update(setting("b", 2)), json({{"b", 2}}));
+    EXPECT_EQ(contentOf(folder() / "path.json.damaged-1"), content);
+    EXPECT_EQ(warnings_.size(), 1U);
+}
+
+TEST_F(StoredDocumentTest, AFileThatIsNestedAsAPersonMightIsWhole) {
+    const std::string content = "{\"a\":" + std::string(50, '[') + std::string(50, ']') + '}';
+    write(content);
+    EXPECT_EQ(document().read(), json::parse(content));
+    EXPECT_TRUE(warnings_.empty());
+}
+
 TEST_F(StoredDocumentTest, AnExceptionOfTheChangeLeavesADamagedFileAside) {
     write("damaged");
     const auto change = [](json&) { throw std::out_of_range("changed my mind"); };

@@ -77,6 +77,7 @@ TEST(PathStyleTest, JoiningOnWindowsKnowsDriveRelativeAndRootedPaths) {
     EXPECT_EQ(joined(u"C:\\a", u"\\b", windows), u"C:\\b");
     EXPECT_EQ(joined(u"C:\\a", u"c:b", windows), u"C:\\a\\b");
     EXPECT_EQ(joined(u"C:\\a", u"D:b", windows), u"D:\\b");
+    EXPECT_EQ(joined(u"C:\\a", u"C:C:\\b", windows), u"C:\\a\\C:\\b");
     EXPECT_EQ(joined(u"C:\\a", u"D:\\b", windows), u"D:\\b");
 }
 

@@ -71,10 +71,29 @@ TEST(SingleDots, LeaveARootOrOneDotBehind) {
     EXPECT_EQ(after(removeSingleDots, u"", posix), u"");
 }
 
+TEST(SingleDots, ARelativePathNeverTurnsIntoOneWithADrive) {
+    EXPECT_EQ(after(removeSingleDots, u".\\C:\\a", windows), u".\\C:\\a");
+    EXPECT_EQ(after(removeSingleDots, u"./.\\C:a\\.", windows), u".\\C:a");
+    EXPECT_EQ(after(removeSingleDots, u"\\.\\C:\\a", windows), u"\\C:\\a");
+    EXPECT_EQ(after(removeSingleDots, u"./C:/a", posix), u"C:/a");
+}
+
 TEST(SingleDots, OtherTextStaysAsItIs) {
     for (const char16_t* path : {u"/a//b/", u"/.a/b./...", u"/a/../b", u"a\\.\\b"}) {
         EXPECT_EQ(after(removeSingleDots, path, posix), path);
     }
+}
+
+TEST(DoubleDots, ARelativePathNeverTurnsIntoOneWithADrive) {
+    EXPECT_EQ(after(resolveDoubleDots, u"a\\..\\C:\\b", windows), u".\\C:\\b");
+    EXPECT_EQ(after(resolveDoubleDots, u"a\\..\\b\\..\\C:", windows), u".\\C:");
+    EXPECT_EQ(after(resolveDoubleDots, u"C:a\\..\\D:b", windows), u"C:D:b");
+    EXPECT_EQ(after(resolveDoubleDots, u".\\C:a\\..\\b", windows), u"b");
+}
+
+TEST(DoubleDots, StayNowhereInAnAbsolutePath) {
+    EXPECT_EQ(after(resolveDoubleDots, u"\\\\?\\C:a\\..\\..\\b", windows), u"\\\\?\\C:b");
+    EXPECT_EQ(after(resolveDoubleDots, u"\\\\?\\C:..", windows), u"\\\\?\\C:");
 }
 
 TEST(DoubleDots, TakeTheComponentInFrontAlong) {
