@@ -8,6 +8,7 @@
 #include <string>
 
 #include "bench/array_memory/resident_memory.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 
 namespace {
@@ -66,6 +67,8 @@ int measure() {
     const double perElement = static_cast<double>(after - before) / static_cast<double>(elements);
     std::printf("%zu elements of %d fields: %.0f bytes an element, built in %.0f ms, destroyed in %.0f ms\n",
                 elements, static_cast<int>(fieldCount), perElement, buildTime, destroyTime);
+    korvex::bench::record(korvex::bench::Figure{"dir", "an element of its structure array", "bytes",
+                                                perElement, mostBytesPerElement});
     if (perElement <= mostBytesPerElement) return EXIT_SUCCESS;
     std::printf("more than %.0f bytes an element\n", mostBytesPerElement);
     return EXIT_FAILURE;

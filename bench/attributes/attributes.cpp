@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 
 extern "C" void fileAttrib(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]);
@@ -75,6 +76,8 @@ korvex::bench::Medians inTurns(int rounds, const Step& prepare, const Step& ours
 }
 
 bool report(const std::string& contest, const korvex::bench::Medians& seconds) {
+    korvex::bench::record(
+        korvex::bench::Contest{"fileattrib", contest, "chmod -R", seconds.ours, seconds.peer, goal});
     const double ratio = seconds.ours / seconds.peer;
     std::cout << std::left << std::setw(58) << contest << std::fixed << std::setprecision(3) << " ours "
               << seconds.ours << " s, peer " << seconds.peer << " s, ratio " << std::setprecision(2) << ratio

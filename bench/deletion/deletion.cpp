@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 #include "runtime/configuration/configuration_folder.h"
 #include "runtime/dispatcher/current_folder.h"
@@ -79,7 +80,9 @@ korvex::bench::Medians inTurns(const fs::path& folder, const std::string& extens
     return {median(ours), median(peer)};
 }
 
-double print(const std::string& name, const korvex::bench::Medians& seconds) {
+double print(const std::string& name, const korvex::bench::Medians& seconds, double goalOfThis = 0) {
+    korvex::bench::record(
+        korvex::bench::Contest{"delete", name, "find -delete", seconds.ours, seconds.peer, goalOfThis});
     const double ratio = seconds.ours / seconds.peer;
     std::cout << std::left << std::setw(36) << name << std::right << std::fixed << std::setprecision(3)
               << " ours " << seconds.ours << " s, peer " << seconds.peer << " s, ours / peer "
@@ -102,7 +105,7 @@ double microseconds(const ::timeval& after, const ::timeval& before) {
 }
 
 bool runContests(const fs::path& scratch, const fs::path& folder, int rounds) {
-    const double ratio = print("files", inTurns(folder, ".txt", rounds));
+    const double ratio = print("files", inTurns(folder, ".txt", rounds), goal);
     print("source files", inTurns(folder, ".k", rounds));
     fs::create_directories(scratch / "package");
     korvex::runtime::packages::registerPackage((scratch / "package").u16string(), u"Package", false);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 
 extern "C" void bnIsFileFcn(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]);
@@ -95,6 +96,8 @@ int main(int argc, char* argv[]) {
     }
     const korvex::bench::Medians seconds = korvex::bench::interleaved(
         rounds, [&] { countByCommand(cell.get()); }, [&] { countByStat(tree.paths); });
+    korvex::bench::record(korvex::bench::Contest{"isfile", std::to_string(count) + " paths in a cell",
+                                                 "stat in a loop", seconds.ours, seconds.peer, goal});
     std::cout << "paths " << count << ", there " << expected << ", rounds " << rounds << "\nisfile    "
               << seconds.ours << " s\nstat loop " << seconds.peer << " s\nratio     "
               << seconds.ours / seconds.peer << " (goal: at most " << goal << ")\n";

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 
 extern "C" void makeDir(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]);
@@ -90,10 +91,13 @@ korvex::bench::Medians inTurns(int rounds, const std::function<void()>& prepare,
     return {median(oursSeconds), median(peerSeconds)};
 }
 
-void print(const std::string& name, const korvex::bench::Medians& seconds) {
+void print(const korvex::bench::Contest& contest) {
+    korvex::bench::record(contest);
+    const std::string name =
+        std::string(contest.command) + ": " + contest.name + ", peer " + std::string(contest.peer);
     std::cout << std::left << std::setw(44) << name << std::right << std::fixed << std::setprecision(3)
-              << " ours " << seconds.ours << " s, peer " << seconds.peer << " s, ours / peer "
-              << std::setprecision(2) << seconds.ours / seconds.peer << std::endl;
+              << " ours " << contest.ours << " s, peer " << contest.peers << " s, ours / peer "
+              << std::setprecision(2) << contest.ours / contest.peers << std::endl;
 }
 
 korvex::bench::Medians removal(const fs::path& tree, std::size_t files, int rounds) {
@@ -134,11 +138,13 @@ int main(int argc, char* argv[]) {
     fs::remove_all(scratch);
     fs::create_directories(scratch);
 
-    print("mkdir: 50 chains of 100, peer mkdir -p", creation(scratch / "chains", rounds));
+    const korvex::bench::Medians made = creation(scratch / "chains", rounds);
+    print({"mkdir", "50 chains of 100", "mkdir -p", made.ours, made.peer});
     bool isGoalMet = true;
     for (const std::size_t files : {10'000U, 50'000U, 250'000U}) {
         const korvex::bench::Medians seconds = removal(scratch / "tree", files, rounds);
-        print("rmdir 's': " + std::to_string(files) + " files, peer rm -rf", seconds);
+        print({"rmdir", "'s', " + std::to_string(files) + " files", "rm -rf", seconds.ours, seconds.peer,
+               removalGoal});
         std::cout << "  a file: " << std::setprecision(2) << seconds.ours / static_cast<double>(files) * 1e6
                   << " us\n";
         isGoalMet = isGoalMet && seconds.ours <= removalGoal * seconds.peer;

@@ -17,6 +17,7 @@
 #include "bench/listing/peak_memory.h"
 #include "bench/storage/data_sets.h"
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/interpreter/output.h"
@@ -87,10 +88,12 @@ void printCurrentFolder() {
     bnFullDirFcn(0, plhs, 0, prhs);
 }
 
-bool report(const std::string& contest, const korvex::bench::Medians& seconds, double goal) {
+bool report(const std::string& contest, const char* peer, const korvex::bench::Medians& seconds,
+            double goal) {
+    korvex::bench::record(korvex::bench::Contest{"dir", contest, peer, seconds.ours, seconds.peer, goal});
     const double ratio = seconds.ours / seconds.peer;
-    std::cout << contest << ": ours " << seconds.ours << " s, peer " << seconds.peer << " s, ratio " << ratio
-              << " (goal: at most " << goal << ")" << std::endl;
+    std::cout << contest << ", peer " << peer << ": ours " << seconds.ours << " s, peer " << seconds.peer
+              << " s, ratio " << ratio << " (goal: at most " << goal << ")" << std::endl;
     return ratio <= goal;
 }
 
@@ -98,7 +101,7 @@ bool contestOfStructures(const fs::path& parent, const std::string& set, int rou
     const DataSet data(parent, set);
     const korvex::bench::Medians seconds = korvex::bench::interleaved(
         rounds, [] { listTree(); }, [] { run("exec find . -printf '%p %s %T@ %y\\n' > /dev/null"); });
-    return report(set + ", s = dir('**/*'), peer find -printf", seconds, mostOfFind);
+    return report(set + ", s = dir('**/*')", "find -printf", seconds, mostOfFind);
 }
 
 bool contestOfPrints(const fs::path& parent, int rounds) {
@@ -110,7 +113,7 @@ bool contestOfPrints(const fs::path& parent, int rounds) {
     const korvex::bench::Medians seconds = korvex::bench::interleaved(
         rounds, [] { printCurrentFolder(); }, [] { run("exec ls -C > /dev/null"); });
     korvex::runtime::interpreter::setOutputReceiver(nullptr);
-    return report("flat, dir, peer ls -C", seconds, mostOfLs);
+    return report("flat, dir", "ls -C", seconds, mostOfLs);
 }
 
 /// In a process of its own, whose peak is nothing but this.
@@ -121,6 +124,8 @@ int measureMemory(const std::string& set, const fs::path& folder) {
     const std::size_t entries = kxGetNumberOfElements(listing.get());
     const double bytes =
         static_cast<double>(korvex::bench::memoryUse().peak - before) / static_cast<double>(entries);
+    korvex::bench::record(
+        korvex::bench::Figure{"dir", set + ", an entry at the peak", "bytes", bytes, mostBytesAnEntry});
     std::cout << set << ": " << entries << " entries, at the peak " << bytes
               << " bytes an entry (goal: at most " << mostBytesAnEntry << ")" << std::endl;
     return bytes <= mostBytesAnEntry ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 #include "platform/listing.h"
 #include "runtime/dispatcher/current_folder.h"
@@ -101,6 +102,8 @@ bool contest(const std::string& name, void (*survey)(), const std::u16string& fo
         ioGetDirListVFS(folder, u"*", listed);
         if (listed.size() != entries) throw std::runtime_error("the lister has missed some entries");
     });
+    korvex::bench::record(
+        korvex::bench::Contest{"what", name, "the lister alone", seconds.ours, seconds.peer, mostOfLister});
     const double ratio = seconds.ours / seconds.peer;
     std::cout << name << ": ours " << seconds.ours << " s, the lister alone " << seconds.peer << " s, ratio "
               << ratio << " (goal: at most " << mostOfLister << ")" << std::endl;

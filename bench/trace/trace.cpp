@@ -11,6 +11,7 @@
 #include <string>
 
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "io/filesystem/filemanip/command_frame_trace.h"
 
 namespace {
@@ -46,6 +47,8 @@ int main(int argc, char* argv[]) {
 
     const double nanoseconds = 1e9 / static_cast<double>(iterations);
     const double cost = (seconds.ours - seconds.peer) * nanoseconds;
+    korvex::bench::record(
+        korvex::bench::Figure{"trace", "a statement that is switched off", "ns", cost, goalInNanoseconds});
     std::cout << "iterations " << iterations << ", rounds " << rounds << "\ntrace statement, off "
               << seconds.ours * nanoseconds << " ns\nempty loop           " << seconds.peer * nanoseconds
               << " ns\ncost                 " << cost << " ns (goal: at most " << goalInNanoseconds

@@ -1,7 +1,7 @@
 // `copyfile` through its entry against the storage layer's own copy of the same folder, in turns, medians of
 // the time that passes and of the processor time of all threads.
 //
-//   bench_transfer_commands [FOLDER [CONTEST ...]]      default: /dev/shm, all contests
+//   bench_transfer_commands [FOLDER [ROUNDS] [CONTEST ...]]      default: /dev/shm, 7, all contests
 //
 // Contests, with the goal for the ratio of our time to the layer's:
 //   tree       a folder of 50,000 files of 4 KiB in 500 folders: at most 1.03
@@ -25,6 +25,7 @@
 
 #include "bench/storage/data_sets.h"
 #include "bench/support/interleaved.h"
+#include "bench/support/results.h"
 #include "platform/kx.h"
 #include "platform/path_management.h"
 #include "platform/storage_vfs.h"
@@ -37,7 +38,7 @@ namespace fs = std::filesystem;
 namespace provider = foundation::storage::provider;
 namespace vfs = foundation::storage::vfs;
 
-constexpr int rounds = 7;
+constexpr int standardRounds = 7;
 constexpr std::size_t matches = 100'000;
 
 void copyByCommand(const fs::path& source, const fs::path& destination) {
@@ -68,6 +69,8 @@ void makeFlatFolder(const fs::path& folder, std::size_t bytes) {
 
 struct Contest {
     std::string name;
+    /// The same for people who do not know the short name.
+    std::string description;
     double goal;
     std::function<void(const fs::path& source)> make;
     /// What is handed to the command as the source, below the folder that is copied.
@@ -76,9 +79,12 @@ struct Contest {
 
 const std::vector<Contest>& contests() {
     static const std::vector<Contest> all{
-        {"tree", 1.03, [](const fs::path& source) { korvex::bench::makeDataSet("small", source); }, ""},
-        {"empty", 1.5, [](const fs::path& source) { makeFlatFolder(source, 0); }, "*.txt"},
-        {"bytes", 1.5, [](const fs::path& source) { makeFlatFolder(source, 100); }, "*.txt"}};
+        {"tree", "50,000 files of 4 KiB in a tree", 1.03,
+         [](const fs::path& source) { korvex::bench::makeDataSet("small", source); }, ""},
+        {"empty", "'*.txt', 100,000 empty files", 1.5,
+         [](const fs::path& source) { makeFlatFolder(source, 0); }, "*.txt"},
+        {"bytes", "'*.txt', 100,000 files of 100 bytes", 1.5,
+         [](const fs::path& source) { makeFlatFolder(source, 100); }, "*.txt"}};
     return all;
 }
 
@@ -148,7 +154,7 @@ private:
     const fs::path root_;
 };
 
-bool hold(const fs::path& parent, const Contest& contest) {
+bool hold(const fs::path& parent, const Contest& contest, int rounds) {
     const Ground ground(parent, contest);
     std::vector<Cost> commands;
     std::vector<Cost> layers;
@@ -162,6 +168,8 @@ bool hold(const fs::path& parent, const Contest& contest) {
     const Cost command = median(commands);
     const Cost layer = median(layers);
     const double ratio = command.passed / layer.passed;
+    korvex::bench::record(korvex::bench::Contest{"copyfile", contest.description, "the storage layer",
+                                                 command.passed, layer.passed, contest.goal});
     std::cout << std::left << std::setw(6) << contest.name << std::right << std::fixed << std::setprecision(3)
               << " command " << command << ", layer " << layer << ", ratio " << ratio << " (processor "
               << command.processor / layer.processor << "; goal: at most " << contest.goal << ")"
@@ -180,6 +188,7 @@ void runOneSide(const fs::path& parent, const Contest& contest, std::string_view
 int main(int argc, char* argv[]) {
     const fs::path parent = argc > 1 ? argv[1] : "/dev/shm";
     std::vector<std::string> names(argv + std::min(argc, 2), argv + argc);
+    const int rounds = korvex::bench::takeRounds(names, standardRounds);
     if (names.empty()) {
         for (const Contest& contest : contests())
             names.push_back(contest.name);
@@ -189,7 +198,7 @@ int main(int argc, char* argv[]) {
         const std::size_t colon = name.find(':');
         const Contest& contest = contestNamed(name.substr(0, colon));
         if (colon == std::string::npos) {
-            isGoalReached = hold(parent, contest) && isGoalReached;
+            isGoalReached = hold(parent, contest, rounds) && isGoalReached;
         } else {
             runOneSide(parent, contest, name.substr(colon + 1));
         }

@@ -220,6 +220,8 @@ std::size_t bracketedLength(const LineBuffer& source) {
             if (unit == quote) quote = u'\0';
         } else if (unit == u'\'' || unit == u'"') {
             quote = unit;
+        } else if (unit == u'%' && isBlank(source.unit(ahead - 1))) {
+            return 0;  // what closes it in a comment closes nothing
         } else if (opening.find(unit) != std::u16string_view::npos) {
             ++depth;
         } else if (closing.find(unit) != std::u16string_view::npos && --depth == 0) {

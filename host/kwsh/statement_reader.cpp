@@ -105,6 +105,11 @@ SourceStatement StatementReader::readStatement(bool isInsideBlock) {
 }
 
 void StatementReader::readContent(SourceStatement& statement) {
+    // Behind a mark that it begins with shows what a statement is.
+    while (source_.isAtContinuationMark()) {
+        source_.followContinuationMark();
+        source_.skipBlanks();
+    }
     const Position position = source_.position();
     if (source_.unit() == u'!') {
         source_.advance();

@@ -178,8 +178,8 @@ void FileAttributes::changeAttributes(const Paths& paths) {
     } else {
         list.push_back(text);
     }
-    namespace paths = Velquist::PathManagement;
-    const std::u16string named = paths::GetStringFromIRI(paths::GetIRIFromString(text));
+    namespace management = Velquist::PathManagement;
+    const std::u16string named = management::GetStringFromIRI(management::GetIRIFromString(text));
     // What was there may have gone since, and what its name matches as a pattern was not meant.
     const bool isAnother = exists && recursive_ && !list.empty() && list.front() != named;
     if (list.empty() || isAnother) return reportByKey("CannotFindFile");

@@ -169,6 +169,8 @@ TEST(CommandForm, GoesOnBehindDotsThatStandAlone) {
     EXPECT_THAT(wordsOf("copyfile a ...\n  b"), ElementsAre(u"a", u"b"));
     EXPECT_THAT(wordsOf("copyfile a ... and then; to, 'b\n  b"), ElementsAre(u"a", u"b"));
     EXPECT_THAT(wordsOf("copyfile .../a b..."), ElementsAre(u".../a", u"b..."));
+    EXPECT_THAT(wordsOf("... behind a mark\n copyfile a b"), ElementsAre(u"a", u"b"));
+    EXPECT_THAT(wordsOf("copyfile [a % ]"), ElementsAre(u"[a"));
 }
 
 TEST(CommandForm, BracketsThatCloseKeepSeparators) {

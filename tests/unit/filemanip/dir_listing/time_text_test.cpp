@@ -65,6 +65,10 @@ TEST(TimeTextTest, TextIsWhatTheRuntimeWritesWhateverItsLanguage) {
     EXPECT_EQ(textOf(fieldsFor(L"05-3\u6708-2024", 10).date.get()), "05-3\xE6\x9C\x88-2024");
 }
 
+TEST(TimeTextTest, ACharacterBeyondSixteenBitsIsAPairOfUnits) {
+    EXPECT_EQ(textOf(fieldsFor(L"05-\U0001D400-2024", 9).date.get()), "05-\xF0\x9D\x90\x80-2024");
+}
+
 TEST(TimeTextTest, OnlyTheUnitsThatAreReportedCount) {
     EXPECT_EQ(textOf(fieldsFor(L"05-Mar-2024 14:07:09", 11).date.get()), "05-Mar-2024");
 }
