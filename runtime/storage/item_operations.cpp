@@ -40,7 +40,23 @@ void transfer(const Handle& from, const Handle& to, provider::ReplacementPolicy 
     }
 }
 
+using Comparison = bool (storage::Provider::*)(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept;
+
+template <class Handle>
+bool areSame(const Handle& one, const Handle& other, Comparison comparison) {
+    const AbsoluteIRI& location = one.getLocation();
+    if (location == other.getLocation()) return true;
+    storage::Provider* const provider = one.storage().system().find(location);
+    const bool isServedTogether =
+        provider != nullptr && provider == other.storage().system().find(other.getLocation());
+    return isServedTogether && (provider->*comparison)(location, other.getLocation());
+}
+
 }  // namespace
+
+bool File::operator==(const File& other) const {
+    return areSame(*this, other, &storage::Provider::isSameFile);
+}
 
 void File::copyFile(const File& destination, const provider::ReplacementPolicy& policy) const {
     transfer(*this, destination, policy, &storage::Provider::copyFile, storage::copyFileBetween);
@@ -65,6 +81,10 @@ provider::FolderAttributes Folder::getAttributes() const {
     if (folder.provider.existence(folder.location) != provider::AsFolder)
         throw Exception(resourceNotFound, folder.location, u"attributes of a folder");
     return provider::FolderAttributes(folder.provider.isWritable(folder.location));
+}
+
+bool Folder::operator==(const Folder& other) const {
+    return areSame(*this, other, &storage::Provider::isSameFolder);
 }
 
 void Folder::copyFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const {

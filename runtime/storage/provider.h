@@ -100,6 +100,11 @@ public:
     /// when nothing is there.
     virtual CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) = 0;
 
+    /// As the comparisons of `File` and `Folder`, for two locations of this provider that read differently.
+    /// By default no two such locations are one place.
+    virtual bool isSameFile(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept;
+    virtual bool isSameFolder(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept;
+
     /// Whether it refuses everything that writes, so that a transfer need not begin in vain.
     virtual bool onlyReads() const noexcept { return false; }
 

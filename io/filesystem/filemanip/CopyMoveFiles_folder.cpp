@@ -4,6 +4,7 @@
 #include <boost/optional.hpp>
 
 #include "io/filesystem/filemanip/CopyMoveFiles.h"
+#include "io/filesystem/filemanip/CopyMoveFiles_package_notice.h"
 #include "io/filesystem/filemanip/CopyMoveFiles_steps.h"
 #include "io/filesystem/filemanip/command_frame_path_intake.h"
 #include "io/filesystem/filemanip/command_frame_status_messages.h"
@@ -40,8 +41,8 @@ std::size_t endOfRun(const std::vector<vfs::ListEntry>& entries, std::size_t beg
     return static_cast<std::size_t>(end - entries.begin());
 }
 
-/// Below this it is not worth the threads.
-constexpr std::size_t fewestAhead = 32;
+/// Shorter runs of files are dealt with one by one.
+constexpr std::size_t longRun = 32;
 
 std::vector<std::pair<vfs::File, vfs::File>> filePairs(const std::vector<vfs::ListEntry>& entries,
                                                        const std::vector<vfs::Item>& targets,
@@ -210,12 +211,19 @@ bool CopyMoveFiles::processFolderContents(const FolderListing& listing, const Fo
             end = endOfRun(entries, i);
             // With force, what stands at a target is made writable before its turn: nothing may stand there
             // yet.
-            const bool mayWorkAhead = isCopy() && !force_ && end - i >= fewestAhead;
-            if (mayWorkAhead) ahead.emplace(filePairs(entries, targets, i, end), provider::ReplaceWritable);
+            const bool isLong = end - i >= longRun;
+            mayGiveNotices_ = !isLong || mayGiveNoticesOf(boost::get<File>(item), destination);
+            if (isLong && isCopy() && !force_)
+                ahead.emplace(filePairs(entries, targets, i, end), provider::ReplaceWritable);
         }
         if (!callVfsAPI(item, force_ ? targetInFolder(item, destination) : targets[i])) return false;
     }
     return true;
+}
+
+// All files of a run come from one folder and go to one.
+bool CopyMoveFiles::mayGiveNoticesOf(const File& first, const Folder& destination) const {
+    return mayGiveNotices(destination) || (!isCopy() && mayGiveNotices(first.getParent()));
 }
 
 // Everything is looked at before anything is done.

@@ -18,6 +18,7 @@
 
 #include "runtime/attributes/stored_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 
 namespace korvex::runtime::attributes::posix {
 
@@ -179,6 +180,7 @@ FileDescriptor openWithoutAccess(EntryAt entry) noexcept {
 int AttributeChanges::change(EntryAt entry, file_status::perms mask, FileDescriptor opened) {
     const bool isAddition = (mask & file_status::perms_add) != 0;
     if (!isAddition && (mask & file_status::perms_remove) == 0) return 0;
+    if (!isAddition) storage::posix::forgetWritable();
     const std::uint32_t stored = storedBitsOf(mask);
     const auto changeWrite = [&] {
         return (mask & file_status::owner_write) != 0 ? changeOwnerWrite(entry, isAddition, std::move(opened))

@@ -24,6 +24,14 @@
 
 namespace korvex::runtime::storage::posix {
 
+/// What is known of the folder that an entry goes into, so that it need not be asked for each.
+struct DestinationFolder {
+    /// Made for this copy: nothing stands in it but what came from here.
+    bool isNew = false;
+    /// Its new entries get access lists from it.
+    bool handsAccessListsOn = true;
+};
+
 /// Transfers of entries under one policy. May be used by several threads at once.
 class FileTransfer {
 public:
@@ -35,7 +43,8 @@ public:
         : policy_(policy), keepsOwner_(keepsOwner) {}
 
     /// Copies an entry of a kind that is no folder; a link as a link. `watcher` may be null, as for all.
-    Failure copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
+    Failure copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher,
+                 const DestinationFolder& into = {});
     /// Copies the file that the name leads to, links followed, on both sides. What is no regular file is
     /// refused and not even opened: EISDIR for a folder, EOPNOTSUPP for others.
     Failure copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher);

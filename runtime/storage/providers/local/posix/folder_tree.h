@@ -51,6 +51,7 @@ public:
     struct ::stat status {};
     /// For the walk and its visitor.
     bool wasCreated = false;
+    bool handsAccessListsOn = true;
     bool wasEntered = false;
     bool wasLeft = false;
     int readings = 0;

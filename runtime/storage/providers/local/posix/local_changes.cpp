@@ -1,6 +1,7 @@
 // The local provider on POSIX systems: permissions, listing, making and removing.
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +24,7 @@
 #include "runtime/storage/providers/local/posix/found_folder.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
 #include "runtime/text/encoding.h"
@@ -76,27 +78,39 @@ public:
         if (path.substr(0, slash) != path_) open(path.substr(0, slash), location);
         std::string name;
         struct ::stat status {};
-        return folder_ && text::toBytes(path.substr(slash + 1), name) &&
+        return folder_ && text::toBytes(path.substr(slash + 1), name) && name.size() <= NAME_MAX &&
                name.find('\0') == std::string::npos &&
-               ::fstatat(folder_.get(), name.c_str(), &status, 0) != 0 && errno == ENOENT;
+               (isEmpty_ || (::fstatat(folder_.get(), name.c_str(), &status, 0) != 0 && errno == ENOENT));
     }
 
 private:
     void open(std::u16string_view path, const AbsoluteIRI& location) {
         path_ = path;
         folder_ = {};
+        isEmpty_ = false;
         const AbsoluteIRI above = location.getParent();
         std::string bytes;
         struct ::stat status {};
         if (!posix::nativePathOf(above, bytes)) return;
         int systemError = 0;
         FileDescriptor folder = posix::openFolderByPath(bytes, systemError);
-        if (folder && ::fstat(folder.get(), &status) == 0 && isWritableAt(above, status))
-            folder_ = std::move(folder);
+        if (!folder || ::fstat(folder.get(), &status) != 0 || !isWritableAt(above, status)) return;
+        folder_ = std::move(folder);
+        isEmpty_ = hasNoEntry(folder_.get());
+    }
+
+    /// False, too, where it cannot be told.
+    static bool hasNoEntry(int folder) {
+        const FileDescriptor listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!listed) return false;
+        posix::FolderEntry entry{};
+        int systemError = 0;
+        return !posix::FolderEntries(listed.get()).next(entry, systemError) && systemError == 0;
     }
 
     std::u16string path_;
     FileDescriptor folder_;
+    bool isEmpty_ = false;
 };
 
 bool leadsToFolder(int folder, const char* name) noexcept {
@@ -169,6 +183,8 @@ std::size_t LocalProvider::firstUnwritable(std::span<const AbsoluteIRI> location
 void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
     // Protection is taken off for what is to come, and that will not come.
     if (isWritable) stopIfInterrupted(location);
+    if (isWritable && posix::isJustSeenWritable(location)) return;
+    if (!isWritable) posix::forgetWritable();
     const Place place(location);
     // A link that a listing gave stands for itself: what it leads to may lie outside of what is worked on.
     const int links = place.isFound() ? AT_SYMLINK_NOFOLLOW : 0;

@@ -19,6 +19,7 @@
 #include "runtime/storage/providers/local/posix/local_times.h"
 #include "runtime/storage/providers/local/posix/open_for_reading.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 
 namespace korvex::runtime::storage {
 
@@ -144,6 +145,7 @@ private:
         if (::fstat(file_.get(), &made) != 0) return errno;
         mode_t bits = made.st_mode & 0777;
         if (const int systemError = takeOver(made, bits)) return systemError;
+        posix::forgetWritable();
         if (attributes_.isWritable == false) bits &= ~mode_t{0222};
         if (attributes_.isWritable == true) bits |= 0200;
         if (::fchmod(file_.get(), bits) != 0 && !posix::meansNotKept(errno)) return errno;

@@ -16,6 +16,7 @@
 #include "runtime/storage/providers/local/posix/file_transfer.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
 #include "runtime/storage/transfers.h"
@@ -218,6 +219,7 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
 void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                              ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     ProgressCounter counter;
     const auto location = [&] { return source; };
     std::uint64_t bytes = 0;
@@ -246,6 +248,7 @@ std::unique_ptr<WorkAhead> LocalProvider::copyAhead(std::vector<FilePair> files,
 void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                              ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     ProgressCounter counter;
     const auto location = [&] { return source; };
     posix::FileProgress progress(counter, location);
@@ -269,6 +272,7 @@ void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
 void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                                ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     const Place from(source);
     FileDescriptor folder = openForReading(from, 0, source, copying);
     refuseOwnSubtree(*this, source, destination, copying);
@@ -281,6 +285,7 @@ void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
 void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                                ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     const Place from(source);
     const Place to(destination);
     struct ::stat status {};
