@@ -6,6 +6,7 @@
 #include "platform/storage_vfs.h"
 #include "runtime/storage/location.h"
 #include "runtime/storage/storage_system.h"
+#include "runtime/storage/transfer_progress.h"
 #include "runtime/storage/transfers.h"
 
 namespace foundation::storage::vfs {
@@ -69,6 +70,7 @@ void File::moveFile(const File& destination, const provider::ReplacementPolicy& 
 void File::removeFile() const {
     const storage::ServedLocation file = served(*this);
     file.provider.removeFile(file.location);
+    storage::tellOfOneItem([&] { return file.location; });
 }
 
 void File::setWritable(bool isWritable) const {
@@ -98,6 +100,8 @@ void Folder::moveFolder(const Folder& destination, const provider::ReplacementPo
 void Folder::removeFolder(const FolderRemovalPolicy& policy) const {
     const storage::ServedLocation folder = served(*this);
     folder.provider.removeFolder(folder.location, policy);
+    // Of a tree the provider has told.
+    if (policy == RemoveEmptyFolder) storage::tellOfOneItem([&] { return folder.location; });
 }
 
 void Folder::createFolder() const {

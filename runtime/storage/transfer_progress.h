@@ -69,4 +69,12 @@ private:
     std::uint64_t bytesDone_ = 0;
 };
 
+/// Tells of an operation that is done and consisted of this one item.
+template <class MakeLocation>
+void tellOfOneItem(const MakeLocation& makeLocation) {
+    ProgressCounter counter;
+    counter.found(1, 0);
+    counter.finished(1, 0, makeLocation);
+}
+
 }  // namespace korvex::runtime::storage

@@ -95,6 +95,14 @@ TEST_F(LocalProgressTest, WhatIsRenamedIsOneItem) {
     expectOneItem(at("moved/one"));
 }
 
+TEST_F(LocalProgressTest, WhatIsRemovedByItselfIsOneItem) {
+    scratch_.writeFile("folder/file");
+    file("folder/file").removeFile();
+    expectOneItem(at("folder/file"));
+    folder("folder").removeFolder(vfs::RemoveEmptyFolder);
+    expectOneItem(at("folder"));
+}
+
 TEST_F(LocalProgressTest, AFolderThatMovesAsAWholeInAMergeIsOneItem) {
     scratch_.writeFile("source/inner/one");
     scratch_.makeFolder("target");
