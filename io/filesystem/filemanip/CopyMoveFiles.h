@@ -126,7 +126,7 @@ private:
     bool preprocessFolder(const Folder& source, const Folder& destination, bool destinationExists);
     bool processFolderContents(const FolderListing& listing, const Folder& destination);
     bool mayGiveNoticesOf(const File& first, const Folder& destination) const;
-    bool targetsAreWritable(const std::vector<ListEntry>& entries, const Folder& destination,
+    bool targetsAreWritable(const std::vector<const Item*>& items, const Folder& destination,
                             std::vector<Item>& targets);
     void copyWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy);
     void moveWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -126,6 +127,24 @@ FileDescriptor openListedFolder(const AbsoluteIRI& location) {
     return folder;
 }
 
+/// Sorted by name, with the place where they were found. Entries are large: they move once only.
+std::vector<ListedEntry> inOrder(std::vector<ListedEntry>& entries,
+                                 const std::shared_ptr<const FoundPlace>& found) {
+    std::vector<ListedEntry*> order;
+    order.reserve(entries.size());
+    for (ListedEntry& entry : entries)
+        order.push_back(&entry);
+    std::sort(order.begin(), order.end(),
+              [](const ListedEntry* a, const ListedEntry* b) { return a->name < b->name; });
+    std::vector<ListedEntry> sorted;
+    sorted.reserve(entries.size());
+    for (ListedEntry* const entry : order) {
+        sorted.push_back(std::move(*entry));
+        sorted.back().found = found;
+    }
+    return sorted;
+}
+
 /// Opens the folder itself, no link in its place.
 FileDescriptor openFolderAt(const Place& place, const AbsoluteIRI& location) {
     FileDescriptor folder(
@@ -217,13 +236,7 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
         listed.push_back({std::move(name), isFolder, entry.kind == posix::EntryKind::file, nullptr});
     }
     if (systemError != 0) raiseSystemError(systemError, location, u"listing");
-    if (const auto found = posix::FoundFolder::keep(std::move(folder), location)) {
-        for (ListedEntry& listedEntry : listed)
-            listedEntry.found = found;
-    }
-    std::sort(listed.begin(), listed.end(),
-              [](const ListedEntry& a, const ListedEntry& b) { return a.name < b.name; });
-    return listed;
+    return inOrder(listed, posix::FoundFolder::keep(std::move(folder), location));
 }
 
 std::shared_ptr<const FoundPlace> LocalProvider::hold(const AbsoluteIRI& folder) {
