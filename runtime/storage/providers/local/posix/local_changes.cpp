@@ -24,6 +24,7 @@
 #include "runtime/storage/providers/local/posix/folder_entries.h"
 #include "runtime/storage/providers/local/posix/found_folder.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/storage/providers/local/posix/permission_bits.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/storage/providers/local/posix/recent_look.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
@@ -40,6 +41,7 @@ using posix::raiseSystemError;
 
 namespace {
 
+constexpr const char16_t* changingPermissions = u"changing permissions";
 /// How often a folder is emptied that somebody keeps filling.
 constexpr int mostRounds = 64;
 /// So many looks take longer than to start a thread for half of them.
@@ -113,6 +115,12 @@ private:
     FileDescriptor folder_;
     bool isEmpty_ = false;
 };
+
+mode_t bitsOf(mode_t mode) noexcept { return mode & 07777; }
+
+mode_t withWriteBits(mode_t mode, bool isWritable) noexcept {
+    return isWritable ? bitsOf(mode) | 0200 : bitsOf(mode) & ~mode_t{0222};
+}
 
 bool leadsToFolder(int folder, const char* name) noexcept {
     struct ::stat status {};
@@ -205,18 +213,23 @@ void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
     if (isWritable && posix::isJustSeenWritable(location)) return;
     if (!isWritable) posix::forgetWritable();
     const Place place(location);
+    struct ::stat status {};
+    const auto isRight = [&] {
+        return S_ISLNK(status.st_mode) || withWriteBits(status.st_mode, isWritable) == bitsOf(status.st_mode);
+    };
     // A link that a listing gave stands for itself: what it leads to may lie outside of what is worked on.
     const int links = place.isFound() ? AT_SYMLINK_NOFOLLOW : 0;
-    struct ::stat status {};
-    if (::fstatat(place.folder(), place.name(), &status, links) != 0) {
-        raiseSystemError(errno, location, u"changing permissions");
-    }
-    if (S_ISLNK(status.st_mode)) return;
-    const mode_t bits = status.st_mode & 07777;
-    const mode_t wanted = isWritable ? bits | 0200 : bits & ~mode_t{0222};
-    if (wanted != bits && ::fchmodat(place.folder(), place.name(), wanted, links) != 0) {
-        raiseSystemError(errno, location, u"changing permissions");
-    }
+    if (::fstatat(place.folder(), place.name(), &status, links) != 0)
+        raiseSystemError(errno, location, changingPermissions);
+    if (isRight()) return;
+    // The bits are read from the very file that gets them back: by its name it could be another one by then.
+    const int flags = O_PATH | O_CLOEXEC | (place.isFound() ? O_NOFOLLOW : 0);
+    const FileDescriptor file(::openat(place.folder(), place.name(), flags));
+    if (!file || ::fstat(file.get(), &status) != 0) raiseSystemError(errno, location, changingPermissions);
+    if (isRight()) return;
+    const mode_t bits = withWriteBits(status.st_mode, isWritable);
+    if (const int systemError = posix::changeBits(file.get(), bits))
+        raiseSystemError(systemError, location, changingPermissions);
 }
 
 std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u16string_view pattern) {
