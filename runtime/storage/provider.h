@@ -47,7 +47,8 @@ struct ListedEntry {
 struct FileAttributes {
     std::optional<std::uint64_t> size = std::nullopt;
     /// A time of last change that does not fit, before 1678 or after 2261, is the first or last one that
-    /// does.
+    /// does. Without any, a move to another storage cannot see that a file of the same size has changed
+    /// while it was copied.
     std::optional<std::chrono::sys_time<std::chrono::nanoseconds>> changed = std::nullopt;
     /// Whether its write bits are not all clear.
     std::optional<bool> isWritable = std::nullopt;

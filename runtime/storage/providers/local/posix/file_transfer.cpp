@@ -12,9 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/clock_step.h"
 #include "runtime/storage/providers/local/posix/created_file.h"
 #include "runtime/storage/providers/local/posix/durability.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
@@ -441,6 +443,7 @@ Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt dest
     for (int looks = 0; !isSettled && looks < mostLooks; ++looks) {
         if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0)
             return {errno, sourceSide};
+        if (!isSettled && interpreter::isInterruptPending()) return {interruptedError, sourceSide};
         isSettled = !awaitClockStep(before.st_ctim);
     }
     if (const Failure failure = copyDurably(source, kind, destination, watcher)) return failure;

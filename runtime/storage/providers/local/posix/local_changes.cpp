@@ -14,6 +14,7 @@
 #include <thread>
 #include <utility>
 #include <vector>
+#include "runtime/interpreter/interrupts.h"
 
 #include "runtime/storage/location.h"
 #include "runtime/storage/name_pattern.h"
@@ -240,6 +241,7 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
     posix::FolderEntry entry{};
     int systemError = 0;
     std::vector<ListedEntry> listed;
+        if (interpreter::isInterruptPending()) stopIfInterrupted(location);
     while (entries.next(entry, systemError)) {
         std::u16string name = text::fromBytes(entry.name);
         if (!wanted.matches(name)) continue;
