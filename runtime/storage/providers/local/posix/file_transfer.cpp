@@ -293,7 +293,6 @@ int FileTransfer::replaceByUnnamed(const UnnamedFile& file, EntryAt destination)
     return unrenamed;
 }
 
-/// 0 or the errno. What has come meanwhile is replaced no more than what stood there at the beginning.
 int FileTransfer::rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const {
     if (!isReplacing) {
         const int systemError = renameOntoNothing(written, destination);
@@ -443,8 +442,8 @@ Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt dest
     for (int looks = 0; !isSettled && looks < mostLooks; ++looks) {
         if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0)
             return {errno, sourceSide};
-        if (!isSettled && interpreter::isInterruptPending()) return {interruptedError, sourceSide};
         isSettled = !awaitClockStep(before.st_ctim);
+        if (!isSettled && interpreter::isInterruptPending()) return {interruptedError, sourceSide};
     }
     if (const Failure failure = copyDurably(source, kind, destination, watcher)) return failure;
     if (const int systemError = syncFolderOf(destination.folder, destination.name))

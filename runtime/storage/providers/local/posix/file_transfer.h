@@ -6,8 +6,6 @@
 // temporary name beside its own and renamed when it is whole. What a failed copy has made is removed again.
 #pragma once
 
-#include <fcntl.h>
-
 #include <atomic>
 #include <optional>
 #include <string>
@@ -64,6 +62,11 @@ public:
     /// one; a link gives way to a link.
     int mayReplace(EntryAt destination, EntryKind by = EntryKind::file) const;
 
+    /// Puts what was written under its own name beside the destination in its place: 0 or the errno. Replaces
+    /// nothing that came meanwhile and that the policy does not let it replace; with `isReplacing` something
+    /// is known to stand there.
+    int rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const;
+
     /// Gives a folder the attributes, permission bits and time of its source, whose status is given.
     Failure dress(int source, const struct ::stat& status, int destination);
 
@@ -90,7 +93,6 @@ private:
     Failure replaceBy(EntryAt written, EntryKind kind, EntryAt destination) const;
 
     int lookAt(EntryAt destination, EntryKind by, Standing& standing) const;
-    int rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const;
     int makeLink(const std::string& target, const struct ::stat& status, EntryAt link) const;
     void keepOwnerAndTime(const struct ::stat& source, EntryAt made) const;
     const struct ::stat* ownerOf(const SourceFile& source, const Standing& standing) const noexcept;
