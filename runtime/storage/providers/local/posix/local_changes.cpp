@@ -1,5 +1,4 @@
 // The local provider on POSIX systems: permissions, listing, making and removing.
-#include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
@@ -14,8 +13,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
-#include "runtime/interpreter/interrupts.h"
 
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/location.h"
 #include "runtime/storage/name_pattern.h"
 #include "runtime/storage/providers/local/local_provider.h"
@@ -241,8 +240,8 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
     posix::FolderEntry entry{};
     int systemError = 0;
     std::vector<ListedEntry> listed;
-        if (interpreter::isInterruptPending()) stopIfInterrupted(location);
     while (entries.next(entry, systemError)) {
+        if (interpreter::isInterruptPending()) stopIfInterrupted(location);
         std::u16string name = text::fromBytes(entry.name);
         if (!wanted.matches(name)) continue;
         const bool isFolder =
@@ -287,7 +286,11 @@ void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy 
     // A link to a folder goes itself; what it leads to stays.
     const int flags = S_ISLNK(status.st_mode) ? 0 : AT_REMOVEDIR;
     for (int round = 0;; ++round) {
-        if (::unlinkat(place.folder(), place.name(), flags) == 0) return;
+        if (::unlinkat(place.folder(), place.name(), flags) == 0) {
+            // Of one that was emptied, what it held has been told.
+            if (round == 0 && policy == vfs::RemoveWithContents) tellOfOneItem([&] { return folder; });
+            return;
+        }
         const bool isNotEmpty = errno == ENOTEMPTY || errno == EEXIST;
         if (!isNotEmpty) raiseSystemError(errno, folder, u"removing");
         if (policy == vfs::RemoveEmptyFolder || round == mostRounds)
