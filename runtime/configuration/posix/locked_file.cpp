@@ -9,9 +9,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <stdexcept>
 
 #include "runtime/configuration/posix/system_calls.h"
 #include "runtime/configuration/posix/unfinished_file.h"
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/process/posix/file_descriptor.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::configuration {
@@ -81,6 +84,14 @@ bool isTheSameFile(const struct ::stat& one, const struct ::stat& other) noexcep
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+/// In steps, so that an interrupt is noticed though whoever has the lock hangs.
+void waitForOtherProcess() {
+    if (interpreter::isInterruptPending()) throw std::runtime_error(interruptedWaiting);
+    constexpr long step = 1'000'000;
+    const ::timespec wait{0, step};
+    ::nanosleep(&wait, nullptr);
+}
+
 /// Waits for the lock of a file, and holds it as long as the descriptor is open.
 FileDescriptor lockedFileOf(int folder, const std::string& name) {
     const std::string lockName = name + ".lock";
@@ -88,8 +99,9 @@ FileDescriptor lockedFileOf(int folder, const std::string& name) {
         FileDescriptor lock(
             ::openat(folder, lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!lock) raiseSystemError(errno);
-        while (::flock(lock.get(), LOCK_EX) != 0) {
-            if (errno != EINTR) raiseSystemError(errno);
+        while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK && errno != EINTR) raiseSystemError(errno);
+            waitForOtherProcess();
         }
         // If somebody has removed the lock file meanwhile, the next one to come would lock a new one.
         struct ::stat locked {};

@@ -4,9 +4,11 @@
 
 #include <array>
 #include <atomic>
-#include <sstream>
+#include <string_view>
+#include <system_error>
 #include <thread>
 
+#include "runtime/interpreter/interrupts.h"
 #include "tests/unit/configuration/configuration_folder.h"
 #include "tests/unit/configuration/posix/child_process.h"
 
@@ -20,6 +22,7 @@ using nlohmann::json;
 class ConcurrentUpdatesTest : public ConfigurationTest {
 protected:
     static constexpr int updatesOfEach = 100;
+    static constexpr int wasInterrupted = 7;
 
     void countUp(const char* counter) const {
         StoredDocument stored = document();
@@ -82,17 +85,16 @@ TEST_F(ConcurrentUpdatesTest, AReaderSeesWholeDocumentsAndNeverAnOlderOneAgain) 
     EXPECT_TRUE(warnings_.empty());
 }
 
-/// Whether the system has a process wait for a lock of a file.
+/// Whether a process that was made while this one has the lock of a file has come to that lock itself, beside
+/// what it has inherited of it.
 bool waitsForALock(const ChildProcess& process) {
-    std::ifstream locks("/proc/locks");
-    for (std::string line; std::getline(locks, line);) {
-        std::istringstream words(line);
-        std::string number, arrow, kind, strength, access;
-        ::pid_t owner = 0;
-        words >> number >> arrow >> kind >> strength >> access >> owner;
-        if (arrow == "->" && owner == process.id()) return true;
+    int opened = 0;
+    std::error_code gone;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process.id()) + "/fd", gone)) {
+        if (std::filesystem::read_symlink(entry.path(), gone).extension() == ".lock") ++opened;
     }
-    return false;
+    return opened > 1;
 }
 
 /// Returns when that is so, or when the process has ended and so never will.
@@ -125,6 +127,29 @@ TEST_F(ConcurrentUpdatesTest, SignalsWhileWaitingForTheLockDoNotEndTheWait) {
     document().update(interruptTheWait);
     EXPECT_EQ(waiting->end(), 0);
     EXPECT_EQ(document().read(), json::parse(R"({"order": ["first", "second"]})"));
+}
+
+TEST_F(ConcurrentUpdatesTest, AnInterruptEndsTheWaitingForTheLockAndChangesNothing) {
+    const auto interruptTheWait = [&](json& changed) {
+        ChildProcess waiting([this] {
+            struct ::sigaction action {};
+            action.sa_handler = [](int) { interpreter::raiseInterrupt(); };
+            action.sa_flags = SA_RESTART;
+            ::sigaction(SIGUSR1, &action, nullptr);
+            try {
+                document().update(appending("second"));
+            } catch (const ConfigurationError& error) {
+                if (std::string_view(error.what()).find(interruptedWaiting) == std::string_view::npos) throw;
+                ::_exit(interpreter::isInterruptPending() ? wasInterrupted : 1);
+            }
+        });
+        letWaitForALock(waiting);
+        ::kill(waiting.id(), SIGUSR1);
+        EXPECT_EQ(waiting.end(), wasInterrupted);
+        appending("first")(changed);
+    };
+    document().update(interruptTheWait);
+    EXPECT_EQ(document().read(), json::parse(R"({"order": ["first"]})"));
 }
 
 TEST_F(ConcurrentUpdatesTest, ALockFileThatIsRemovedMeanwhileIsMadeAgainBeforeTheNextChange) {
