@@ -23,7 +23,8 @@ struct CachedFunction {
 
 /// Puts the function of an existing source file into the cache; one from the same file is replaced. `path` is
 /// a native path, relative ones are taken against the current folder. Raises `vfs::Exception`:
-/// `resourceNotFound`, `invalidLocation` when it is no source file.
+/// `unsupportedOperation` for what is not on a disk, `resourceNotFound`, `invalidLocation` when it is no
+/// source file; and as `GetIRIFromString`.
 void cacheFunction(const std::u16string& path);
 
 /// In the order in which they were read.

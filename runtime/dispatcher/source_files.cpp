@@ -1,7 +1,6 @@
 // Finding the source file of a function by its name.
 #include <algorithm>
 
-#include "platform/foundation_filesystem.h"
 #include "platform/path_management.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/dispatcher/folder_views.h"

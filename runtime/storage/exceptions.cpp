@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "platform/message_identifiers.h"
-#include "platform/path_management.h"
 #include "platform/storage_vfs.h"
 
 namespace foundation::storage::vfs {
@@ -29,6 +28,8 @@ constexpr MakeMessage makers[] = {
     make<messages::noSpaceLeft>,      make<messages::ioError>,
     make<messages::internalError>,    make<messages::unsupportedOperation>,
 };
+
+static_assert(std::size(makers) == unknownError, "every error code before it has a message of its own");
 
 std::string utf8TextOf(const resource_core::BaseMsgID& message) {
     return except::detail::toUtf8(except::detail::catalogText(message));

@@ -1,7 +1,6 @@
 // What is asked of a provider for many files at once.
 #include "platform/many_files.h"
 
-#include <algorithm>
 #include <exception>
 
 #include "runtime/storage/storage_system.h"

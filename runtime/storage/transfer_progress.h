@@ -9,8 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <optional>
-#include <string>
+#include <string_view>
 
 #include "platform/storage_vfs.h"
 

@@ -1,7 +1,6 @@
 // The provider of http and https: which requests answer a question, and what their answers mean.
 #include "runtime/storage/providers/http/web_provider.h"
 
-#include <new>
 #include <string>
 #include <utility>
 
