@@ -1,11 +1,15 @@
 // The functions that the interpreter has read from source files.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace korvex::runtime::dispatcher {
+
+/// Source code goes before live code of the same name.
+inline constexpr std::array<std::u16string_view, 2> sourceExtensions{u".k", u".klx"};
 
 /// Source files of functions end in ".k", live code in ".klx"; case ignored.
 bool isSourceFileName(const std::u16string& name);

@@ -4,6 +4,7 @@
 
 #include "platform/message_identifiers.h"
 #include "platform/storage_vfs.h"
+#include "runtime/storage/location.h"
 
 namespace foundation::storage::vfs {
 
@@ -37,8 +38,9 @@ std::string utf8TextOf(const resource_core::BaseMsgID& message) {
 
 std::string describe(ErrorCode code, const AbsoluteIRI& location, const std::u16string& context,
                      const std::string& systemText) {
-    const std::u16string path =
-        location.getScheme() == u"file" ? fromAbsoluteIRI(location).text() : location.toString();
+    const std::u16string path = location.getScheme() == korvex::runtime::storage::localScheme
+                                    ? fromAbsoluteIRI(location).text()
+                                    : location.toString();
     std::string text = utf8TextOf(messageOf(code, path));
     if (!context.empty()) text += " (" + except::detail::toUtf8(context) + ")";
     if (!systemText.empty()) text += " [" + systemText + "]";
