@@ -70,12 +70,6 @@ bool meetsNamedFilesToo(int systemError) noexcept {
 }
 
 mode_t groupBitsOfEverybody(mode_t mode) noexcept { return mode & ((mode & 0007) << 3); }
-
-int unlessFile(const struct ::stat& status) noexcept {
-    if (S_ISREG(status.st_mode)) return 0;
-    return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
-}
-
 }  // namespace
 
 /// A file that is open to be copied.

@@ -49,17 +49,7 @@ constexpr std::size_t worthAThread = 1024;
 
 /// Links followed. Raises `vfs::Exception` when the system cannot tell.
 bool isThere(const AbsoluteIRI& location, struct ::stat& status) {
-    int systemError = 0;
-    std::string path;
-    if (location.parts().found) {
-        systemError = posix::statusOfFound(location, posix::Links::follow, status);
-    } else {
-        if (!posix::nativePathOf(location, path)) return false;
-        systemError = posix::statusOf(path, posix::Links::follow, status);
-    }
-    if (systemError == 0) return true;
-    if (posix::meansNothingThere(systemError)) return false;
-    raiseSystemError(systemError, location, u"asking whether it is writable");
+    return posix::lookUp(location, posix::Links::follow, status, u"asking whether it is writable");
 }
 
 /// The write bits, and whether the process may write. `status` is that of what stands there, links followed.

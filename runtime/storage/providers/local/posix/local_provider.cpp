@@ -25,23 +25,13 @@ using posix::meansNothingThere;
 
 namespace {
 
-/// False when nothing is there. Raises `vfs::Exception` when the system cannot tell.
-bool lookUp(const AbsoluteIRI& location, const std::string& path, Links links, struct ::stat& status) {
-    const int systemError = location.parts().found ? posix::statusOfFound(location, links, status)
-                                                   : posix::statusOf(path, links, status);
-    if (systemError == 0) return true;
-    if (meansNothingThere(systemError)) return false;
-    posix::raiseSystemError(systemError, location, u"existence");
-}
+constexpr const char16_t* asking = u"existence";
 
 /// Raises `vfs::Exception` when the system cannot tell.
 bool areOneItem(const AbsoluteIRI& one, const AbsoluteIRI& other, Links links) {
-    std::string path;
-    std::string otherPath;
     struct ::stat status;
     struct ::stat otherStatus;
-    return posix::nativePathOf(one, path) && posix::nativePathOf(other, otherPath) &&
-           lookUp(one, path, links, status) && lookUp(other, otherPath, links, otherStatus) &&
+    return posix::lookUp(one, links, status, asking) && posix::lookUp(other, links, otherStatus, asking) &&
            posix::isSameFile(status, otherStatus);
 }
 
@@ -56,21 +46,14 @@ LocalProvider::LocalProvider() {
 }
 
 ExistenceType LocalProvider::existence(const AbsoluteIRI& location) {
-    // The buffer lives on: this is called in loops over very many locations.
-    thread_local std::string path;
     struct ::stat status;
-    if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::follow, status)) {
-        return provider::AsNeither;
-    }
+    if (!posix::lookUp(location, Links::follow, status, asking)) return provider::AsNeither;
     return S_ISDIR(status.st_mode) ? provider::AsFolder : provider::AsFile;
 }
 
 ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& location) {
-    std::string path;
     struct ::stat status;
-    if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::tellApart, status)) {
-        return provider::ExtendedNothing;
-    }
+    if (!posix::lookUp(location, Links::tellApart, status, asking)) return provider::ExtendedNothing;
     if (S_ISDIR(status.st_mode)) {
         location.parts().isKnownFolder = true;
         return provider::ExtendedFolder;
@@ -80,7 +63,7 @@ ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& locati
         return provider::ExtendedFile;
     }
     if (!S_ISLNK(status.st_mode)) return provider::ExtendedDevice;
-    if (!lookUp(location, path, Links::follow, status)) return provider::ExtendedBrokenLink;
+    if (!posix::lookUp(location, Links::follow, status, asking)) return provider::ExtendedBrokenLink;
     return S_ISDIR(status.st_mode) ? provider::ExtendedLinkToFolder : provider::ExtendedLinkToFile;
 }
 

@@ -44,10 +44,9 @@ public:
         // What is no regular file is not even opened: that may change what a device or pipe does.
         if (::fstatat(place.folder(), place.name(), &status_, 0) != 0)
             raiseSystemError(errno, location_, u"reading");
-        if (S_ISDIR(status_.st_mode)) raiseSystemError(EISDIR, location_, u"reading");
-        if (!S_ISREG(status_.st_mode)) raiseSystemError(EOPNOTSUPP, location_, u"reading");
-        int systemError = 0;
-        file_ = posix::openForReading({place.folder(), place.name()}, Links::follow, status_, systemError);
+        int systemError = posix::unlessFile(status_);
+        if (systemError == 0)
+            file_ = posix::openForReading(place.entry(), Links::follow, status_, systemError);
         if (systemError != 0) raiseSystemError(systemError, location_, u"reading");
     }
 
@@ -79,7 +78,7 @@ public:
         // A link that somebody named is followed. One in a folder that a listing gave is what gets replaced:
         // what it leads to may lie outside of what is worked on.
         const Place place(location.parts().found ? location : posix::behindLink(location));
-        const std::string folder = posix::beside({place.folder(), place.name()}, ".");
+        const std::string folder = posix::beside(place.entry(), ".");
         folder_ = FileDescriptor(::openat(place.folder(), folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         if (!folder_) raiseSystemError(errno, location, u"writing");
         name_ = place.lastComponent();
