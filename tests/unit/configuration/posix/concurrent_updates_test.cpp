@@ -4,8 +4,8 @@
 
 #include <array>
 #include <atomic>
+#include <sstream>
 #include <string_view>
-#include <system_error>
 #include <thread>
 
 #include "runtime/interpreter/interrupts.h"
@@ -85,16 +85,17 @@ TEST_F(ConcurrentUpdatesTest, AReaderSeesWholeDocumentsAndNeverAnOlderOneAgain) 
     EXPECT_TRUE(warnings_.empty());
 }
 
-/// Whether a process that was made while this one has the lock of a file has come to that lock itself, beside
-/// what it has inherited of it.
+/// Whether the system has a process wait for a lock of a file.
 bool waitsForALock(const ChildProcess& process) {
-    int opened = 0;
-    std::error_code gone;
-    for (const auto& entry :
-         std::filesystem::directory_iterator("/proc/" + std::to_string(process.id()) + "/fd", gone)) {
-        if (std::filesystem::read_symlink(entry.path(), gone).extension() == ".lock") ++opened;
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        std::istringstream words(line);
+        std::string number, arrow, kind, strength, access;
+        ::pid_t owner = 0;
+        words >> number >> arrow >> kind >> strength >> access >> owner;
+        if (arrow == "->" && owner == process.id()) return true;
     }
-    return opened > 1;
+    return false;
 }
 
 /// Returns when that is so, or when the process has ended and so never will.
