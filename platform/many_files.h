@@ -24,7 +24,9 @@ std::size_t firstUnwritable(const std::vector<Item>& items, const std::function<
 /// cannot be made onto nothing. One at a time for a thread.
 class CopiesAhead {
 public:
-    CopiesAhead(const std::vector<std::pair<File, File>>& files, const provider::ReplacementPolicy& policy);
+    /// The files are looked at while the object is made, and no longer.
+    CopiesAhead(const std::vector<std::pair<const File*, const File*>>& files,
+                const provider::ReplacementPolicy& policy);
     CopiesAhead(const CopiesAhead&) = delete;
     CopiesAhead& operator=(const CopiesAhead&) = delete;
 

@@ -285,7 +285,9 @@ public:
     void setWritable(bool isWritable) const;
     const StorageSystemReference& storage() const noexcept { return storage_; }
 
-    bool operator==(const File& other) const { return location_ == other.location_; }
+    /// Whether both lead to one file, whatever the spelling and the links on the way. Two names of one file
+    /// that are no links are two files. Raises nothing: what cannot be told is different.
+    bool operator==(const File& other) const;
 
 private:
     AbsoluteIRI location_;
@@ -336,7 +338,9 @@ public:
     FolderListing<ListEntry> listAll(std::u16string pattern) const;
     const StorageSystemReference& storage() const noexcept { return storage_; }
 
-    bool operator==(const Folder& other) const { return location_ == other.location_; }
+    /// Whether both are one folder, whatever the spelling and the links on the way; a link that is named
+    /// itself is not the folder that it leads to. Raises nothing: what cannot be told is different.
+    bool operator==(const Folder& other) const;
 
 private:
     AbsoluteIRI location_;

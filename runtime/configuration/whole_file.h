@@ -32,6 +32,9 @@ std::optional<WholeFile> readWholeFile(const std::u16string& path);
 /// Nothing when there is no such file.
 std::optional<FileStamp> stampOfFile(const std::u16string& path);
 
+/// The words when the user interrupts the waiting for a process that has the right to change a file.
+inline constexpr const char* interruptedWaiting = "Interrupted while waiting for another process";
+
 /// The right to change one file, and no other process, nor another object of this one, has it meanwhile. It
 /// ends with the object, and with a process that is killed. Everybody who keeps to it is locked out by the
 /// file "<name>.lock" beside the file, which stays.
@@ -39,7 +42,8 @@ std::optional<FileStamp> stampOfFile(const std::u16string& path);
 /// Where the path is a link, all of this is about the file that it leads to; the link stays as it is.
 class LockedFile {
 public:
-    /// Waits for the right. Makes the folder when it is missing, for the user alone.
+    /// Waits for the right; a pending interrupt ends the waiting with `interruptedWaiting`, and stays
+    /// pending. Makes the folder when it is missing, for the user alone.
     explicit LockedFile(const std::u16string& path);
     ~LockedFile();
     LockedFile(const LockedFile&) = delete;

@@ -4,6 +4,7 @@
 #include "platform/path_management.h"
 #include "platform/storage_vfs.h"
 #include "runtime/dispatcher/working_folder.h"
+#include "runtime/storage/location.h"
 
 namespace korvex::runtime::dispatcher {
 
@@ -34,7 +35,8 @@ bool currentFolderExists() {
 
 void setCurrentFolderPath(const std::u16string& path) {
     const vfs::AbsoluteIRI location = Velquist::PathManagement::GetIRIFromString(path);
-    if (location.getScheme() != u"file") throw vfs::Exception(vfs::unsupportedOperation, location, u"cd");
+    if (location.getScheme() != storage::localScheme)
+        throw vfs::Exception(vfs::unsupportedOperation, location, u"cd");
     const vfs::Folder named(location, Velquist::KorvexStorageSystem::GetStorageSystemReference());
     const vfs::Folder folder(named.getCanonicalLocation(), named.storage());
     if (!folder.folderExists()) {

@@ -2,7 +2,6 @@
 #include "runtime/dispatcher/function_cache.h"
 
 #include <algorithm>
-#include <array>
 
 #include "platform/dispatcher.h"
 #include "platform/foundation_filesystem.h"
@@ -11,6 +10,7 @@
 #include "runtime/dispatcher/environment_events.h"
 #include "runtime/dispatcher/folder_views.h"
 #include "runtime/dispatcher/path_locations.h"
+#include "runtime/storage/location.h"
 
 namespace korvex::runtime::dispatcher {
 
@@ -22,8 +22,6 @@ std::vector<CachedFunction>& functions() {
     static std::vector<CachedFunction> cache;
     return cache;
 }
-
-constexpr std::array<std::u16string_view, 2> sourceExtensions{u".k", u".klx"};
 
 /// A source file goes by the name that was given for it, though that may be a link.
 std::u16string sourcePath(const vfs::AbsoluteIRI& file) {
@@ -54,7 +52,7 @@ int numberOfSourceExtension(std::u16string_view extension, bool isCaseExact) {
 
 void cacheFunction(const std::u16string& path) {
     const vfs::AbsoluteIRI location = Velquist::PathManagement::GetIRIFromString(path);
-    if (location.getScheme() != u"file") {
+    if (location.getScheme() != storage::localScheme) {
         throw vfs::Exception(vfs::unsupportedOperation, location, u"cacheFunction");
     }
     const auto storage = Velquist::KorvexStorageSystem::GetStorageSystemReference();

@@ -1,11 +1,15 @@
 // The functions that the interpreter has read from source files.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace korvex::runtime::dispatcher {
+
+/// Source code goes before live code of the same name.
+inline constexpr std::array<std::u16string_view, 2> sourceExtensions{u".k", u".klx"};
 
 /// Source files of functions end in ".k", live code in ".klx"; case ignored.
 bool isSourceFileName(const std::u16string& name);
@@ -23,7 +27,8 @@ struct CachedFunction {
 
 /// Puts the function of an existing source file into the cache; one from the same file is replaced. `path` is
 /// a native path, relative ones are taken against the current folder. Raises `vfs::Exception`:
-/// `resourceNotFound`, `invalidLocation` when it is no source file.
+/// `unsupportedOperation` for what is not on a disk, `resourceNotFound`, `invalidLocation` when it is no
+/// source file; and as `GetIRIFromString`.
 void cacheFunction(const std::u16string& path);
 
 /// In the order in which they were read.

@@ -1,7 +1,6 @@
 // Finding the source file of a function by its name.
 #include <algorithm>
 
-#include "platform/foundation_filesystem.h"
 #include "platform/path_management.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/dispatcher/folder_views.h"
@@ -18,7 +17,10 @@ namespace {
 /// A name without its extension means source code before live code.
 std::vector<std::u16string> fileNamesOf(const std::u16string& name) {
     if (isSourceFileName(name)) return {name};
-    return {name + u".k", name + u".klx"};
+    std::vector<std::u16string> names;
+    for (const std::u16string_view extension : sourceExtensions)
+        names.push_back(std::u16string(name).append(extension));
+    return names;
 }
 
 const std::u16string* findName(const FolderView& view, const std::u16string& name) {

@@ -7,6 +7,7 @@
 #include "platform/message_identifiers.h"
 #include "platform/path_management.h"
 #include "runtime/filesystem_core/stored_messages.h"
+#include "runtime/storage/location.h"
 #include "runtime/storage/transfer_progress.h"
 
 namespace korvex::io::filesystem::core {
@@ -21,7 +22,7 @@ namespace {
 using Location = vfs::AbsoluteIRI;
 using Base = boost::optional<vfs::CanonicalAbsoluteIRI>;
 
-bool isLocal(const Location& location) { return location.getScheme() == u"file"; }
+bool isLocal(const Location& location) { return location.getScheme() == storage::localScheme; }
 
 Location locationOf(const std::u16string& name, const Base& base) {
     if (base && !isLocal(*base) && !fl::filesystem::detail::is_absolute(name)) return Location(*base, name);

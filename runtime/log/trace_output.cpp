@@ -1,6 +1,7 @@
 // Sinks of the diagnostic trace, and how a record is laid out.
 #include "runtime/log/trace_output.h"
 
+#include <algorithm>
 #include <boost/log/core.hpp>
 #include <boost/log/expressions/message.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>

@@ -1,7 +1,6 @@
 // Registering and unregistering packages.
 #include "runtime/packages/package_registry.h"
 
-#include <array>
 #include <random>
 
 #include "platform/path_management.h"

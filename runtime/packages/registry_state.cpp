@@ -7,7 +7,6 @@
 #include "platform/path_management.h"
 #include "runtime/configuration/stored_document.h"
 #include "runtime/packages/registry_document.h"
-#include "runtime/text/encoding.h"
 
 namespace korvex::runtime::packages {
 

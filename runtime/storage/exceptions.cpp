@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "platform/message_identifiers.h"
-#include "platform/path_management.h"
 #include "platform/storage_vfs.h"
+#include "runtime/storage/location.h"
 
 namespace foundation::storage::vfs {
 
@@ -30,14 +30,17 @@ constexpr MakeMessage makers[] = {
     make<messages::internalError>,    make<messages::unsupportedOperation>,
 };
 
+static_assert(std::size(makers) == unknownError, "every error code before it has a message of its own");
+
 std::string utf8TextOf(const resource_core::BaseMsgID& message) {
     return except::detail::toUtf8(except::detail::catalogText(message));
 }
 
 std::string describe(ErrorCode code, const AbsoluteIRI& location, const std::u16string& context,
                      const std::string& systemText) {
-    const std::u16string path =
-        location.getScheme() == u"file" ? fromAbsoluteIRI(location).text() : location.toString();
+    const std::u16string path = location.getScheme() == korvex::runtime::storage::localScheme
+                                    ? fromAbsoluteIRI(location).text()
+                                    : location.toString();
     std::string text = utf8TextOf(messageOf(code, path));
     if (!context.empty()) text += " (" + except::detail::toUtf8(context) + ")";
     if (!systemText.empty()) text += " [" + systemText + "]";

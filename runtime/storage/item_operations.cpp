@@ -6,6 +6,7 @@
 #include "platform/storage_vfs.h"
 #include "runtime/storage/location.h"
 #include "runtime/storage/storage_system.h"
+#include "runtime/storage/transfer_progress.h"
 #include "runtime/storage/transfers.h"
 
 namespace foundation::storage::vfs {
@@ -40,7 +41,23 @@ void transfer(const Handle& from, const Handle& to, provider::ReplacementPolicy 
     }
 }
 
+using Comparison = bool (storage::Provider::*)(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept;
+
+template <class Handle>
+bool areSame(const Handle& one, const Handle& other, Comparison comparison) {
+    const AbsoluteIRI& location = one.getLocation();
+    if (location == other.getLocation()) return true;
+    storage::Provider* const provider = one.storage().system().find(location);
+    const bool isServedTogether =
+        provider != nullptr && provider == other.storage().system().find(other.getLocation());
+    return isServedTogether && (provider->*comparison)(location, other.getLocation());
+}
+
 }  // namespace
+
+bool File::operator==(const File& other) const {
+    return areSame(*this, other, &storage::Provider::isSameFile);
+}
 
 void File::copyFile(const File& destination, const provider::ReplacementPolicy& policy) const {
     transfer(*this, destination, policy, &storage::Provider::copyFile, storage::copyFileBetween);
@@ -53,6 +70,7 @@ void File::moveFile(const File& destination, const provider::ReplacementPolicy& 
 void File::removeFile() const {
     const storage::ServedLocation file = served(*this);
     file.provider.removeFile(file.location);
+    storage::tellOfOneItem([&] { return file.location; });
 }
 
 void File::setWritable(bool isWritable) const {
@@ -67,6 +85,10 @@ provider::FolderAttributes Folder::getAttributes() const {
     return provider::FolderAttributes(folder.provider.isWritable(folder.location));
 }
 
+bool Folder::operator==(const Folder& other) const {
+    return areSame(*this, other, &storage::Provider::isSameFolder);
+}
+
 void Folder::copyFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const {
     transfer(*this, destination, policy, &storage::Provider::copyFolder, storage::copyFolderBetween);
 }
@@ -78,6 +100,8 @@ void Folder::moveFolder(const Folder& destination, const provider::ReplacementPo
 void Folder::removeFolder(const FolderRemovalPolicy& policy) const {
     const storage::ServedLocation folder = served(*this);
     folder.provider.removeFolder(folder.location, policy);
+    // Of a tree the provider has told.
+    if (policy == RemoveEmptyFolder) storage::tellOfOneItem([&] { return folder.location; });
 }
 
 void Folder::createFolder() const {

@@ -2,7 +2,6 @@
 #include "runtime/storage/location.h"
 
 #include <algorithm>
-#include <array>
 
 #include "platform/storage_utility.h"
 #include "runtime/paths/path_style.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -42,6 +43,10 @@ struct AbsoluteIRI::Parts {
     mutable std::atomic<bool> isKnownFolder{false};
     /// A listing has told that a plain file stands there, and no link: to open it does nothing else.
     mutable std::atomic<bool> isKnownFile{false};
+    /// When the provider last saw that the file may be written, and what it had protected by then; 0 when it
+    /// has not. The provider's own.
+    mutable std::atomic<std::uint64_t> writableSince{0};
+    mutable std::atomic<std::uint64_t> writableBefore{0};
 
     const std::u16string& text() const;
     const std::u16string& name() const;

@@ -1,7 +1,6 @@
 // What is asked of a provider for many files at once.
 #include "platform/many_files.h"
 
-#include <algorithm>
 #include <exception>
 
 #include "runtime/storage/storage_system.h"
@@ -29,17 +28,19 @@ std::size_t firstUnwritable(const std::vector<Item>& items, const std::function<
     return items.size();
 }
 
-CopiesAhead::CopiesAhead(const std::vector<std::pair<File, File>>& files,
+CopiesAhead::CopiesAhead(const std::vector<std::pair<const File*, const File*>>& files,
                          const provider::ReplacementPolicy& policy) {
     if (files.empty()) return;
-    const auto providerOf = [](const File& file) { return file.storage().system().find(file.getLocation()); };
+    const auto providerOf = [](const File* file) {
+        return file->storage().system().find(file->getLocation());
+    };
     storage::Provider* const provider = providerOf(files.front().first);
     std::vector<storage::FilePair> pairs;
     pairs.reserve(files.size());
     for (const auto& [source, destination] : files) {
         if (provider == nullptr || providerOf(source) != provider || providerOf(destination) != provider)
             return;
-        pairs.emplace_back(source.getLocation(), destination.getLocation());
+        pairs.emplace_back(source->getLocation(), destination->getLocation());
     }
     try {
         work_ = provider->copyAhead(std::move(pairs), policy);

@@ -13,6 +13,9 @@ namespace {
 
 }  // namespace
 
+bool Provider::isSameFile(const AbsoluteIRI&, const AbsoluteIRI&) noexcept { return false; }
+bool Provider::isSameFolder(const AbsoluteIRI&, const AbsoluteIRI&) noexcept { return false; }
+
 bool Provider::isWritable(const AbsoluteIRI&) { return false; }
 std::size_t Provider::firstUnwritable(std::span<const AbsoluteIRI> locations,
                                       const std::function<void()>& onFailure) {

@@ -47,7 +47,8 @@ struct ListedEntry {
 struct FileAttributes {
     std::optional<std::uint64_t> size = std::nullopt;
     /// A time of last change that does not fit, before 1678 or after 2261, is the first or last one that
-    /// does.
+    /// does. Without any, a move to another storage cannot see that a file of the same size has changed
+    /// while it was copied.
     std::optional<std::chrono::sys_time<std::chrono::nanoseconds>> changed = std::nullopt;
     /// Whether its write bits are not all clear.
     std::optional<bool> isWritable = std::nullopt;
@@ -99,6 +100,11 @@ public:
     /// The location with its links resolved and its dots gone. Raises `vfs::Exception`: `resourceNotFound`
     /// when nothing is there.
     virtual CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) = 0;
+
+    /// As the comparisons of `File` and `Folder`, for two locations of this provider that read differently.
+    /// By default no two such locations are one place.
+    virtual bool isSameFile(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept;
+    virtual bool isSameFolder(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept;
 
     /// Whether it refuses everything that writes, so that a transfer need not begin in vain.
     virtual bool onlyReads() const noexcept { return false; }

@@ -2,12 +2,14 @@
 #include "runtime/storage/transfer_copies.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <span>
 #include <thread>
 #include <utility>
 
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/location.h"
 #include "runtime/storage/transfer_progress.h"
 #include "runtime/storage/transfer_steps.h"
@@ -24,6 +26,9 @@ constexpr std::size_t bufferSize = 256 * 1024;
 /// The clocks from which file systems take their times go on at least every hundredth of a second; twice as
 /// long, since a busy system is late with it.
 constexpr auto longestClockStep = std::chrono::milliseconds(20);
+/// Some file systems keep whole seconds, or every second one.
+constexpr auto coarsestStep = std::chrono::seconds(2);
+constexpr auto stepOfWaiting = std::chrono::milliseconds(1);
 /// How often a file may change at the very moment at which it is looked at.
 constexpr int mostLooks = 3;
 
@@ -34,15 +39,24 @@ ReplacementPolicy policyForFiles(ReplacementPolicy policy) noexcept {
     return policy == provider::MergeFolder ? provider::ReplaceWritable : policy;
 }
 
-/// For a file that says that it changed at that time. False when a change that is still to come will show;
-/// otherwise waits until that is so, and the file is to be looked at again.
-bool awaitClockStep(const FileAttributes& attributes) {
-    const auto now = std::chrono::system_clock::now();
+using Instant = std::chrono::sys_time<std::chrono::nanoseconds>;
+
+/// Whether a change that is still to come could get the same time.
+bool isFresh(Instant changed) noexcept {
+    const Instant now = std::chrono::system_clock::now();
+    const bool mayBeCoarse = changed == std::chrono::floor<std::chrono::seconds>(changed);
+    const std::chrono::nanoseconds step = mayBeCoarse ? coarsestStep : longestClockStep;
     // A time further ahead comes from another clock.
-    const bool isFresh = attributes.changed && *attributes.changed > now - longestClockStep &&
-                         *attributes.changed <= now + longestClockStep;
-    if (isFresh) std::this_thread::sleep_until(*attributes.changed + longestClockStep);
-    return isFresh;
+    return changed > now - step && changed <= now + longestClockStep;
+}
+
+/// For a file that says that it changed at that time. False when a change that is still to come will show;
+/// otherwise waits until that is so, or until an interrupt is pending, and the file is to be looked at again.
+bool awaitClockStep(const FileAttributes& attributes) {
+    if (!attributes.changed || !isFresh(*attributes.changed)) return false;
+    while (isFresh(*attributes.changed) && !interpreter::isInterruptPending())
+        std::this_thread::sleep_for(stepOfWaiting);
+    return true;
 }
 
 /// A link at the place of a copy that was named leads on; one in a folder means nothing but itself.
@@ -88,6 +102,7 @@ private:
             opened.input = from_.read(source);
             opened.attributes = opened.input->attributes();
             opened.isSettled = fate_ == SourceFate::stays || !awaitClockStep(opened.attributes);
+            if (!opened.isSettled) stopIfInterrupted(source);
         } while (!opened.isSettled && ++looks < mostLooks);
         // A link that came in the file's place has been followed.
         if (place == Place::inFolder && from_.extendedExistence(source) != provider::ExtendedFile)

@@ -18,7 +18,8 @@ enum class SourceFate { stays, goes };
 struct CopiedFile {
     std::optional<std::uint64_t> size = std::nullopt;
     std::optional<std::chrono::sys_time<std::chrono::nanoseconds>> changed = std::nullopt;
-    /// Whether a change since then shows in the two above. Nobody asks it of a file that stays.
+    /// Whether a change since then shows in the two above, of a file without a time only one of its size.
+    /// Nobody asks it of a file that stays.
     bool isSettled = false;
 };
 
@@ -31,8 +32,9 @@ struct CopiedItem {
 };
 using CopiedItems = std::vector<CopiedItem>;
 
-/// The file itself and its destination may be named by links. Of a file that goes, waits for some
-/// milliseconds where it has changed so lately that one more change could leave its time the same.
+/// The file itself and its destination may be named by links. Of a file that goes, waits where it
+/// has changed so lately that one more change could leave its time the same: some milliseconds, up to two
+/// seconds where its storage keeps whole seconds. A pending interrupt ends the waiting.
 CopiedFile copyNamedFile(const ServedLocation& source, const ServedLocation& destination,
                          ReplacementPolicy policy, SourceFate fate);
 

@@ -9,8 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <optional>
-#include <string>
+#include <string_view>
 
 #include "platform/storage_vfs.h"
 
@@ -68,5 +67,13 @@ private:
     std::uint64_t itemsDone_ = 0;
     std::uint64_t bytesDone_ = 0;
 };
+
+/// Tells of an operation that is done and consisted of this one item.
+template <class MakeLocation>
+void tellOfOneItem(const MakeLocation& makeLocation) {
+    ProgressCounter counter;
+    counter.found(1, 0);
+    counter.finished(1, 0, makeLocation);
+}
 
 }  // namespace korvex::runtime::storage

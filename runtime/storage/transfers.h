@@ -14,8 +14,9 @@
 //
 // A move has its copy outlive a loss of power before it begins to remove, and removes what it has copied and
 // what is as it was then; anything else stays, and raises `resourceInUse` where it stands. For that it
-// remembers name, size and time of every file it copies, some 100 bytes each, and waits for some milliseconds
-// where one more change to a file could leave its time the same.
+// remembers name, size and time of every file it copies, some 100 bytes each, and waits where one more change
+// to a file could leave its time the same: some milliseconds, up to two seconds where its storage keeps whole
+// seconds. Of a file whose storage tells no time it sees no more than a change of the size.
 //
 // Between files and between buffers a pending interrupt ends the operation (transfer_progress.h).
 #pragma once

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <iterator>
 #include <stdexcept>
-#include <utility>
 
 #include "runtime/time/zone_rules.h"
 

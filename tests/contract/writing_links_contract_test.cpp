@@ -72,6 +72,39 @@ TEST_P(WritingLinks, AMovedFolderHasItsLinksStill) {
     EXPECT_EQ(provider_->linkTargetOf(u"target/inner/link"), u"../file");
 }
 
+TEST_P(WritingLinks, ALinkNeverTakesThePlaceOfWhatItLeadsTo) {
+    provider_->makeFile(u"file", "content");
+    provider_->makeLink(u"link", u"file");
+    for (const auto policy : {ReplaceWritable, ReplaceAny}) {
+        expectError(vfs::resourceAlreadyExists, u"file", [&] { moveFile(u"link", u"file", policy); });
+        EXPECT_EQ(contentOf(u"file"), "content");
+        EXPECT_EQ(provider_->linkTargetOf(u"link"), u"file");
+    }
+}
+
+TEST_P(WritingLinks, ALinkInAMergedFolderNeverTakesThePlaceOfWhatItLeadsTo) {
+    provider_->makeFile(u"target/file", "content");
+    provider_->makeLink(u"source/file", u"../target/file");
+    const auto merge = [&](const auto& transfer, ReplacementPolicy policy) {
+        expectError(vfs::resourceAlreadyExists, u"target/file", [&] { transfer(policy); });
+        EXPECT_EQ(contentOf(u"target/file"), "content");
+        EXPECT_EQ(provider_->linkTargetOf(u"source/file"), u"../target/file");
+    };
+    for (const auto policy : {MergeFolder, ReplaceAny}) {
+        merge([&](auto by) { copyFolder(u"source", u"target", by); }, policy);
+        merge([&](auto by) { moveFolder(u"source", u"target", by); }, policy);
+    }
+}
+
+TEST_P(WritingLinks, ALinkTakesThePlaceOfAnotherLinkToTheSameFile) {
+    provider_->makeFile(u"file", "content");
+    provider_->makeLink(u"link", u"file");
+    provider_->makeLink(u"other", u"./file");
+    moveFile(u"link", u"other", ReplaceWritable);
+    EXPECT_EQ(provider_->linkTargetOf(u"other"), u"file");
+    EXPECT_EQ(extendedExistence(u"link"), provider::ExtendedNothing);
+}
+
 TEST_P(WritingLinks, ARemovedLinkLeavesItsTarget) {
     provider_->makeFile(u"file", "content");
     provider_->makeFile(u"folder/file", "content");

@@ -125,7 +125,8 @@ private:
     bool createDestination(const AbsoluteIRI& source, const Folder& destination);
     bool preprocessFolder(const Folder& source, const Folder& destination, bool destinationExists);
     bool processFolderContents(const FolderListing& listing, const Folder& destination);
-    bool targetsAreWritable(const std::vector<ListEntry>& entries, const Folder& destination,
+    bool mayGiveNoticesOf(const File& first, const Folder& destination) const;
+    bool targetsAreWritable(const std::vector<const Item*>& items, const Folder& destination,
                             std::vector<Item>& targets);
     void copyWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy);
     void moveWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy);
@@ -146,6 +147,9 @@ private:
     void reportFolderPermission(const std::u16string& path);
     template <class Plain, class WithFlag>
     void reportPermission(std::string_view plainKey, std::string_view flagKey, const std::u16string& path);
+
+    /// Whether a package may have something to say about the files that are transferred now.
+    bool mayGiveNotices_ = true;
 };
 
 /// `copyfile`. A folder copied onto one that exists puts its contents there.

@@ -4,6 +4,7 @@
 #include <boost/optional.hpp>
 
 #include "io/filesystem/filemanip/CopyMoveFiles.h"
+#include "io/filesystem/filemanip/CopyMoveFiles_package_notice.h"
 #include "io/filesystem/filemanip/CopyMoveFiles_steps.h"
 #include "io/filesystem/filemanip/command_frame_path_intake.h"
 #include "io/filesystem/filemanip/command_frame_status_messages.h"
@@ -30,28 +31,24 @@ vfs::Item targetInFolder(const vfs::Item& item, const vfs::Folder& destination) 
 }
 
 /// The end of the run of files that begins there; a folder is a run of its own.
-std::size_t endOfRun(const std::vector<vfs::ListEntry>& entries, std::size_t begin) {
-    const auto isFile = [](const vfs::ListEntry& entry) {
-        return boost::get<vfs::File>(&entry.getFileOrFolder()) != nullptr;
-    };
-    if (!isFile(entries[begin])) return begin + 1;
+std::size_t endOfRun(const std::vector<const vfs::Item*>& items, std::size_t begin) {
+    const auto isFile = [](const vfs::Item* item) { return boost::get<vfs::File>(item) != nullptr; };
+    if (!isFile(items[begin])) return begin + 1;
     const auto end =
-        std::find_if_not(entries.begin() + static_cast<std::ptrdiff_t>(begin), entries.end(), isFile);
-    return static_cast<std::size_t>(end - entries.begin());
+        std::find_if_not(items.begin() + static_cast<std::ptrdiff_t>(begin), items.end(), isFile);
+    return static_cast<std::size_t>(end - items.begin());
 }
 
-/// Below this it is not worth the threads.
-constexpr std::size_t fewestAhead = 32;
+/// Shorter runs of files are dealt with one by one.
+constexpr std::size_t longRun = 32;
 
-std::vector<std::pair<vfs::File, vfs::File>> filePairs(const std::vector<vfs::ListEntry>& entries,
-                                                       const std::vector<vfs::Item>& targets,
-                                                       std::size_t begin, std::size_t end) {
-    std::vector<std::pair<vfs::File, vfs::File>> pairs;
+std::vector<std::pair<const vfs::File*, const vfs::File*>> filePairs(
+    const std::vector<const vfs::Item*>& items, const std::vector<vfs::Item>& targets, std::size_t begin,
+    std::size_t end) {
+    std::vector<std::pair<const vfs::File*, const vfs::File*>> pairs;
     pairs.reserve(end - begin);
-    for (std::size_t i = begin; i < end; ++i) {
-        pairs.emplace_back(boost::get<vfs::File>(entries[i].getFileOrFolder()),
-                           boost::get<vfs::File>(targets[i]));
-    }
+    for (std::size_t i = begin; i < end; ++i)
+        pairs.emplace_back(boost::get<vfs::File>(items[i]), boost::get<vfs::File>(&targets[i]));
     return pairs;
 }
 
@@ -199,31 +196,40 @@ bool CopyMoveFiles::preprocessFolder(const Folder& source, const Folder& destina
 
 bool CopyMoveFiles::processFolderContents(const FolderListing& listing, const Folder& destination) {
     const TraceScope scope(traceLogger(), KORVEX_FUNCTION_SIGNATURE, copyMoveSourceFile, __LINE__);
-    const std::vector<ListEntry> entries(listing.begin(), listing.end());
+    std::vector<const Item*> items;
+    for (const ListEntry& entry : listing)
+        items.push_back(&entry.getFileOrFolder());
     std::vector<Item> targets;
-    if (!force_ && !targetsAreWritable(entries, destination, targets)) return false;
+    if (!force_ && !targetsAreWritable(items, destination, targets)) return false;
     boost::optional<vfs::CopiesAhead> ahead;
-    for (std::size_t i = 0, end = 0; i < entries.size(); ++i) {
-        const Item& item = entries[i].getFileOrFolder();
+    for (std::size_t i = 0, end = 0; i < items.size(); ++i) {
+        const Item& item = *items[i];
         if (i == end) {
             ahead = boost::none;
-            end = endOfRun(entries, i);
+            end = endOfRun(items, i);
             // With force, what stands at a target is made writable before its turn: nothing may stand there
             // yet.
-            const bool mayWorkAhead = isCopy() && !force_ && end - i >= fewestAhead;
-            if (mayWorkAhead) ahead.emplace(filePairs(entries, targets, i, end), provider::ReplaceWritable);
+            const bool isLong = end - i >= longRun;
+            mayGiveNotices_ = !isLong || mayGiveNoticesOf(boost::get<File>(item), destination);
+            if (isLong && isCopy() && !force_)
+                ahead.emplace(filePairs(items, targets, i, end), provider::ReplaceWritable);
         }
         if (!callVfsAPI(item, force_ ? targetInFolder(item, destination) : targets[i])) return false;
     }
     return true;
 }
 
+// All files of a run come from one folder and go to one.
+bool CopyMoveFiles::mayGiveNoticesOf(const File& first, const Folder& destination) const {
+    return mayGiveNotices(destination) || (!isCopy() && mayGiveNotices(first.getParent()));
+}
+
 // Everything is looked at before anything is done.
-bool CopyMoveFiles::targetsAreWritable(const std::vector<ListEntry>& entries, const Folder& destination,
+bool CopyMoveFiles::targetsAreWritable(const std::vector<const Item*>& items, const Folder& destination,
                                        std::vector<Item>& targets) {
-    targets.reserve(entries.size());
-    for (const ListEntry& entry : entries)
-        targets.push_back(targetInFolder(entry.getFileOrFolder(), destination));
+    targets.reserve(items.size());
+    for (const Item* const item : items)
+        targets.push_back(targetInFolder(*item, destination));
     const std::size_t first = vfs::firstUnwritable(targets, [] { traceCurrentException(); });
     if (first == targets.size()) return true;
     reportReadOnly(displayText(vfs::getLocation(targets[first])));

@@ -47,6 +47,14 @@ bool isResourcesAtRoot(const vfs::Folder& folder, PackageNoticeMode mode,
 
 }  // namespace
 
+bool mayGiveNotices(const vfs::Folder& folder) {
+    try {
+        return KPMFeature::IsOn() && core::GetClaimingPackage(folder);
+    } catch (...) {
+        return true;  // the first file will tell
+    }
+}
+
 boost::optional<FilePackageNotice> noticeFileInPackage(const vfs::File& file, PackageNoticeMode mode) {
     if (!KPMFeature::IsOn()) return boost::none;
     const vfs::Folder parent = file.getParent();

@@ -39,4 +39,8 @@ boost::optional<FilePackageNotice> noticeFileInPackage(const foundation::storage
 boost::optional<FolderPackageNotice> noticeFolderInPackage(const foundation::storage::vfs::Folder& folder,
                                                            PackageNoticeMode mode);
 
+/// Whether there may be a notice about files of this folder. False is an answer for all of them, so that a
+/// long listing need not ask for each.
+bool mayGiveNotices(const foundation::storage::vfs::Folder& folder);
+
 }  // namespace korvex::filemanip

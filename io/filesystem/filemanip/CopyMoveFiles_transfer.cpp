@@ -92,15 +92,20 @@ void CopyMoveFiles::performOperation(const File& source, const TransferRequest& 
     });
     if (request.isCopy) {
         source.copyFile(target, policy);
+        if (!mayGiveNotices_) return;
         return warnOf<KORVEX::COPYFILE::CopiedFileIntoPackage>(
             noticeFileInPackage(target, PackageNoticeMode::intoPackage));
     }
     // Asked before the move: at its old place the question makes no sense once the file is gone.
-    warnOf<KORVEX::MOVEFILE::MovedFileFromPackage>(
-        noticeFileInPackage(source, PackageNoticeMode::fromPackage));
+    if (mayGiveNotices_) {
+        warnOf<KORVEX::MOVEFILE::MovedFileFromPackage>(
+            noticeFileInPackage(source, PackageNoticeMode::fromPackage));
+    }
     source.moveFile(target, policy);
-    warnOf<KORVEX::MOVEFILE::MovedFileIntoPackage>(
-        noticeFileInPackage(target, PackageNoticeMode::intoPackage));
+    if (mayGiveNotices_) {
+        warnOf<KORVEX::MOVEFILE::MovedFileIntoPackage>(
+            noticeFileInPackage(target, PackageNoticeMode::intoPackage));
+    }
     if (request.restoreReadOnly) protectAgain(target);
 }
 

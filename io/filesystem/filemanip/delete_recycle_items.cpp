@@ -70,22 +70,16 @@ void tellPathEntriesAbove(const AbsoluteIRI& location) {
         location, GetPerKVMEventManager());
 }
 
-/// Whether a package may have something to say about files of the folder. False is an answer for all of them,
-/// so that a long listing need not ask for each. With links resolved, what goes may lie in another folder.
-bool mayBelongToPackage(const Folder& folder, bool resolveLinks) {
-    if (!Velquist::KorvexComponents::KPMFeature::IsOn()) return false;
-    try {
-        return resolveLinks || core::GetClaimingPackage(folder);
-    } catch (const vfs::Exception&) {
-        return true;  // the first file will tell
-    }
-}
-
 /// Asked before the file is gone: afterwards the question makes no sense.
 void noticeDeletion(const File& file) {
     if (const auto notice = noticeFileInPackage(file, PackageNoticeMode::fromPackage)) {
         kxWarningMsgId(KORVEX::DELETE::DeletedFileFromPackage(notice->itemText, notice->packageName));
     }
+}
+
+/// With links resolved, what goes may lie in another folder.
+bool mayBelongToPackage(const Folder& folder, const DeletionOptions& options) {
+    return options.resolveLinks ? Velquist::KorvexComponents::KPMFeature::IsOn() : mayGiveNotices(folder);
 }
 
 // --- one item ---
@@ -172,7 +166,7 @@ void deleteMatches(const AbsoluteIRI& location, const GivenName& name, const Del
     if ((listing.empty() && !isPattern) || pattern == u"." || pattern == u"..") return warnNotFound(name);
     if (listing.empty()) return;
     const ItemDeletion deletion{name.isIRI, options.recycle, options.resolveLinks,
-                                mayBelongToPackage(parent, options.resolveLinks)};
+                                mayBelongToPackage(parent, options)};
     for (const vfs::ListEntry& entry : listing) {
         const AbsoluteIRI& found = entry.getLocation();
         deleteExistingItem(found, core::getExtendedExistenceType(found, true), deletion);

@@ -2,9 +2,7 @@
 #include "runtime/attributes/posix/entry_attributes.h"
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -18,6 +16,8 @@
 
 #include "runtime/attributes/stored_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
+#include "runtime/storage/providers/local/posix/permission_bits.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 
 namespace korvex::runtime::attributes::posix {
 
@@ -123,26 +123,6 @@ int writeStoredOfProtected(int file, mode_t mode, const std::string& value) noex
 /// What a change meets where nothing can be stored, which is clear for ever.
 constexpr int notKept(bool isAddition) noexcept { return isAddition ? EOPNOTSUPP : 0; }
 
-#if defined(SYS_fchmodat2)
-constexpr long fchmodat2 = SYS_fchmodat2;
-#elif defined(__linux__) && ((defined(__x86_64__) && defined(__LP64__)) || defined(__aarch64__))
-constexpr long fchmodat2 = 452;  // younger than these headers
-#else
-constexpr long fchmodat2 = -1;  // no call at all
-#endif
-
-/// As `fchmod`, also for a file that is open without any access.
-int changeBits(int file, mode_t bits) noexcept {
-    if (::syscall(fchmodat2, file, "", bits, AT_EMPTY_PATH) == 0) return 0;
-    // Not known to the system, or to what filters its calls.
-    if (errno != ENOSYS && errno != EPERM) return errno;
-    std::array<char, 32> path{};
-    ::snprintf(path.data(), path.size(), "/proc/self/fd/%d", file);
-    if (::chmod(path.data(), bits) == 0) return 0;
-    // Open files may have no such names.
-    return errno == ENOENT ? EOPNOTSUPP : errno;
-}
-
 mode_t withOwnerWrite(mode_t mode, bool isAddition) noexcept {
     return isAddition ? mode | S_IWUSR : mode & ~mode_t{S_IWUSR};
 }
@@ -179,6 +159,7 @@ FileDescriptor openWithoutAccess(EntryAt entry) noexcept {
 int AttributeChanges::change(EntryAt entry, file_status::perms mask, FileDescriptor opened) {
     const bool isAddition = (mask & file_status::perms_add) != 0;
     if (!isAddition && (mask & file_status::perms_remove) == 0) return 0;
+    if (!isAddition) storage::posix::forgetWritable();
     const std::uint32_t stored = storedBitsOf(mask);
     const auto changeWrite = [&] {
         return (mask & file_status::owner_write) != 0 ? changeOwnerWrite(entry, isAddition, std::move(opened))
@@ -207,7 +188,8 @@ int AttributeChanges::changeOwnerWrite(EntryAt entry, bool isAddition, FileDescr
     if (!file) file = openEntry(entry, links_, seeing);
     if (!file || ::fstat(file.get(), &status) != 0) return errno;
     opensAtOnce_ = !isRight();
-    return opensAtOnce_ ? changeBits(file.get(), withOwnerWrite(status.st_mode, isAddition) & 07777) : 0;
+    if (!opensAtOnce_) return 0;
+    return storage::posix::changeBits(file.get(), withOwnerWrite(status.st_mode, isAddition) & 07777);
 }
 
 int AttributeChanges::changeStored(EntryAt entry, std::uint32_t wanted, bool isAddition) const {

@@ -9,9 +9,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <utility>
 
 #include "runtime/configuration/posix/system_calls.h"
 #include "runtime/configuration/posix/unfinished_file.h"
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/process/posix/file_descriptor.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::configuration {
@@ -81,23 +89,49 @@ bool isTheSameFile(const struct ::stat& one, const struct ::stat& other) noexcep
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+/// 0 or the errno.
+int lock(int file, int how) noexcept {
+    while (::flock(file, how) != 0) {
+        if (errno != EINTR) return errno;
+    }
+    return 0;
+}
+
+/// Waits in the queue of the system, where nobody is passed over, on a thread of its own: one that waits
+/// there cannot be woken. After an interrupt it is left behind, and gives the lock back when it gets it.
+void awaitLock(const std::shared_ptr<FileDescriptor>& file) {
+    constexpr auto step = std::chrono::milliseconds(10);
+    std::promise<int> outcome;
+    std::future<int> locked = outcome.get_future();
+    std::thread([file, told = std::move(outcome)]() mutable {
+        told.set_value(lock(file->get(), LOCK_EX));
+    }).detach();
+    while (locked.wait_for(step) != std::future_status::ready) {
+        if (interpreter::isInterruptPending()) throw std::runtime_error(interruptedWaiting);
+    }
+    if (const int error = locked.get()) raiseSystemError(error);
+}
+
 /// Waits for the lock of a file, and holds it as long as the descriptor is open.
 FileDescriptor lockedFileOf(int folder, const std::string& name) {
     const std::string lockName = name + ".lock";
     for (;;) {
-        FileDescriptor lock(
+        const auto file = std::make_shared<FileDescriptor>(
             ::openat(folder, lockName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-        if (!lock) raiseSystemError(errno);
-        while (::flock(lock.get(), LOCK_EX) != 0) {
-            if (errno != EINTR) raiseSystemError(errno);
+        if (!*file) raiseSystemError(errno);
+        const int error = lock(file->get(), LOCK_EX | LOCK_NB);
+        if (error == EWOULDBLOCK) {
+            awaitLock(file);
+        } else if (error != 0) {
+            raiseSystemError(error);
         }
         // If somebody has removed the lock file meanwhile, the next one to come would lock a new one.
         struct ::stat locked {};
         struct ::stat named {};
-        if (::fstat(lock.get(), &locked) != 0) raiseSystemError(errno);
+        if (::fstat(file->get(), &locked) != 0) raiseSystemError(errno);
         if (::fstatat(folder, lockName.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
             isTheSameFile(locked, named)) {
-            return lock;
+            return std::move(*file);
         }
     }
 }

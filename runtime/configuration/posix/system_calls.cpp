@@ -19,9 +19,12 @@ std::string bytesOf(const std::u16string& path) {
 }
 
 FileStamp stampOf(const struct ::stat& status) noexcept {
-    constexpr std::int64_t nanosecondsInASecond = 1'000'000'000;
+    constexpr std::uint64_t nanosecondsInASecond = 1'000'000'000;
+    // Times beyond the year 2262 wrap around, which does no harm: a stamp only has to differ.
+    const std::uint64_t changed = static_cast<std::uint64_t>(status.st_mtim.tv_sec) * nanosecondsInASecond +
+                                  static_cast<std::uint64_t>(status.st_mtim.tv_nsec);
     return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-            status.st_mtim.tv_sec * nanosecondsInASecond + status.st_mtim.tv_nsec};
+            static_cast<std::int64_t>(changed)};
 }
 
 void requireRegularFile(const struct ::stat& status) {

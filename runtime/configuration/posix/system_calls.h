@@ -6,7 +6,6 @@
 #include <string>
 
 #include "runtime/configuration/whole_file.h"
-#include "runtime/process/posix/file_descriptor.h"
 
 namespace korvex::runtime::configuration::posix {
 

@@ -64,7 +64,8 @@ UnfinishedFile::~UnfinishedFile() {
 void UnfinishedFile::write(std::string_view content) {
     while (!content.empty()) {
         const ssize_t count = ::write(file_.get(), content.data(), content.size());
-        if (count >= 0) {
+        if (count == 0) raiseSystemError(ENOSPC);
+        if (count > 0) {
             content.remove_prefix(static_cast<std::size_t>(count));
         } else if (errno != EINTR) {
             raiseSystemError(errno);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "runtime/configuration/posix/system_calls.h"
+#include "runtime/process/posix/file_descriptor.h"
 
 namespace korvex::runtime::configuration::posix {
 

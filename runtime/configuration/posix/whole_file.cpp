@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "runtime/configuration/posix/system_calls.h"
+#include "runtime/process/posix/file_descriptor.h"
 
 namespace korvex::runtime::configuration {
 

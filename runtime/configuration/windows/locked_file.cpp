@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <stdexcept>
 #include <vector>
 
 #include "runtime/configuration/windows/system_calls.h"
+#include "runtime/interpreter/interrupts.h"
 
 namespace korvex::runtime::configuration {
 
@@ -43,6 +45,13 @@ std::wstring behindLinks(const std::wstring& path) {
     }
 }
 
+/// In steps, so that an interrupt is noticed though whoever has the lock hangs.
+void waitForOtherProcess() {
+    if (interpreter::isInterruptPending()) throw std::runtime_error(interruptedWaiting);
+    constexpr DWORD milliseconds = 1;
+    ::Sleep(milliseconds);
+}
+
 Handle lockedFileOf(const std::wstring& path) {
     // Without the right to delete, nobody can take the lock file away while it is open.
     Handle lock(::CreateFileW((path + L".lock").c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -50,9 +59,11 @@ Handle lockedFileOf(const std::wstring& path) {
                               nullptr));
     if (!lock.isOpen()) raiseSystemError(::GetLastError());
     constexpr DWORD allBytes = std::numeric_limits<DWORD>::max();
+    constexpr DWORD atOnceAndAlone = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
     OVERLAPPED fromTheStart{};
-    if (!::LockFileEx(lock.get(), LOCKFILE_EXCLUSIVE_LOCK, 0, allBytes, allBytes, &fromTheStart)) {
-        raiseSystemError(::GetLastError());
+    while (!::LockFileEx(lock.get(), atOnceAndAlone, 0, allBytes, allBytes, &fromTheStart)) {
+        if (::GetLastError() != ERROR_LOCK_VIOLATION) raiseSystemError(::GetLastError());
+        waitForOtherProcess();
     }
     return lock;
 }

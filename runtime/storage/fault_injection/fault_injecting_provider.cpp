@@ -39,6 +39,7 @@ constexpr std::string_view operationNames[] = {
     "streamWrite",
     "streamCommit",
 };
+static_assert(std::size(operationNames) == static_cast<std::size_t>(Operation::streamCommit) + 1);
 
 }  // namespace
 

@@ -113,6 +113,12 @@ public:
     ExistenceType existence(const AbsoluteIRI& location) override;
     ExistenceTypeExtended extendedExistence(const AbsoluteIRI& location) override;
     CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) override;
+    bool isSameFile(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept override {
+        return wrapped_->isSameFile(one, other);
+    }
+    bool isSameFolder(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept override {
+        return wrapped_->isSameFolder(one, other);
+    }
     bool isWritable(const AbsoluteIRI& location) override;
     void setWritable(const AbsoluteIRI& location, bool isWritable) override;
     std::vector<ListedEntry> list(const AbsoluteIRI& folder, std::u16string_view pattern) override;

@@ -37,19 +37,20 @@ INSTANTIATE_TEST_SUITE_P(
         Row{EAGAIN, vfs::resourceInUse}, Row{ENOLCK, vfs::resourceInUse}, Row{ENOSPC, vfs::noSpaceLeft},
         Row{EDQUOT, vfs::noSpaceLeft}, Row{EMLINK, vfs::noSpaceLeft}, Row{EIO, vfs::ioError},
         Row{ENETDOWN, vfs::ioError}, Row{EHOSTDOWN, vfs::ioError}, Row{ETIMEDOUT, vfs::ioError},
-        Row{ESTALE, vfs::ioError}, Row{EREMOTEIO, vfs::ioError}, Row{ENOMEM, vfs::internalError},
-        Row{EMFILE, vfs::internalError}, Row{ENFILE, vfs::internalError}, Row{EBADF, vfs::internalError},
-        Row{EFAULT, vfs::internalError}, Row{ENOSYS, vfs::unsupportedOperation},
-        Row{EOPNOTSUPP, vfs::unsupportedOperation}, Row{EXDEV, vfs::unsupportedOperation},
-        Row{EUCLEAN, vfs::ioError}, Row{EBADMSG, vfs::ioError}, Row{ENOKEY, vfs::permissionDenied},
-        Row{EKEYREJECTED, vfs::permissionDenied}, Row{EKEYEXPIRED, vfs::permissionDenied},
-        Row{ENOMEDIUM, vfs::ioError}, Row{EMEDIUMTYPE, vfs::ioError}, Row{ENETUNREACH, vfs::ioError},
-        Row{EHOSTUNREACH, vfs::ioError}, Row{ENETRESET, vfs::ioError}, Row{ECONNRESET, vfs::ioError},
-        Row{ECONNREFUSED, vfs::ioError}, Row{ECONNABORTED, vfs::ioError}, Row{ENOTCONN, vfs::ioError},
-        Row{ESHUTDOWN, vfs::ioError}, Row{EPIPE, vfs::ioError}, Row{ECOMM, vfs::ioError},
-        Row{ENOLINK, vfs::ioError}, Row{EPROTO, vfs::ioError}, Row{ENOBUFS, vfs::internalError},
-        Row{EDEADLK, vfs::resourceInUse}, Row{E2BIG, vfs::unsupportedOperation},
-        Row{ERANGE, vfs::unsupportedOperation}, Row{ECHILD, vfs::unknownError}, Row{0, vfs::unknownError}));
+        Row{ESTALE, vfs::ioError}, Row{EREMOTEIO, vfs::ioError}, Row{ECANCELED, vfs::ioError},
+        Row{ENOMEM, vfs::internalError}, Row{EMFILE, vfs::internalError}, Row{ENFILE, vfs::internalError},
+        Row{EBADF, vfs::internalError}, Row{EFAULT, vfs::internalError},
+        Row{ENOSYS, vfs::unsupportedOperation}, Row{EOPNOTSUPP, vfs::unsupportedOperation},
+        Row{EXDEV, vfs::unsupportedOperation}, Row{EUCLEAN, vfs::ioError}, Row{EBADMSG, vfs::ioError},
+        Row{ENOKEY, vfs::permissionDenied}, Row{EKEYREJECTED, vfs::permissionDenied},
+        Row{EKEYEXPIRED, vfs::permissionDenied}, Row{ENOMEDIUM, vfs::ioError}, Row{EMEDIUMTYPE, vfs::ioError},
+        Row{ENETUNREACH, vfs::ioError}, Row{EHOSTUNREACH, vfs::ioError}, Row{ENETRESET, vfs::ioError},
+        Row{ECONNRESET, vfs::ioError}, Row{ECONNREFUSED, vfs::ioError}, Row{ECONNABORTED, vfs::ioError},
+        Row{ENOTCONN, vfs::ioError}, Row{ESHUTDOWN, vfs::ioError}, Row{EPIPE, vfs::ioError},
+        Row{ECOMM, vfs::ioError}, Row{ENOLINK, vfs::ioError}, Row{EPROTO, vfs::ioError},
+        Row{ENOBUFS, vfs::internalError}, Row{EDEADLK, vfs::resourceInUse},
+        Row{E2BIG, vfs::unsupportedOperation}, Row{ERANGE, vfs::unsupportedOperation},
+        Row{ECHILD, vfs::unknownError}, Row{0, vfs::unknownError}));
 
 TEST(SystemErrorTest, RaisesWithLocationContextAndTheSystemsWords) {
     const vfs::AbsoluteIRI location(u"file:///a");
@@ -60,6 +61,17 @@ TEST(SystemErrorTest, RaisesWithLocationContextAndTheSystemsWords) {
         EXPECT_EQ(error.getLocation(), location);
         EXPECT_EQ(error.getExceptionContextsString(), u"copy");
         EXPECT_EQ(error.getSystemText(), "No space left on device");
+    }
+}
+
+TEST(SystemErrorTest, ACallThatTheSystemCancelledIsNoInterrupt) {
+    const vfs::AbsoluteIRI location(u"file:///a");
+    try {
+        raiseSystemError(ECANCELED, location, u"copy");
+        FAIL() << "no exception";
+    } catch (const vfs::Exception& error) {
+        EXPECT_EQ(error.getErrorCode(), vfs::ioError);
+        EXPECT_EQ(error.getExceptionContextsString(), u"copy");
     }
 }
 

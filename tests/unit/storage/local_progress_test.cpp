@@ -95,6 +95,33 @@ TEST_F(LocalProgressTest, WhatIsRenamedIsOneItem) {
     expectOneItem(at("moved/one"));
 }
 
+TEST_F(LocalProgressTest, WhatIsRemovedByItselfIsOneItem) {
+    scratch_.writeFile("folder/file");
+    file("folder/file").removeFile();
+    expectOneItem(at("folder/file"));
+    folder("folder").removeFolder(vfs::RemoveEmptyFolder);
+    expectOneItem(at("folder"));
+}
+
+TEST_F(LocalProgressTest, AnEmptyFolderOrALinkRemovedWithItsContentsIsOneItem) {
+    scratch_.makeFolder("folder");
+    fs::create_directory_symlink("folder", scratch_.path() / "link");
+    for (const char* name : {"link", "folder"}) {
+        folder(name).removeFolder(vfs::RemoveWithContents);
+        expectOneItem(at(name));
+    }
+}
+
+TEST_F(LocalProgressTest, AFolderInMemoryIsToldOnceWhenItIsRemoved) {
+    const vfs::StorageSystemReference storage = Velquist::KorvexStorageSystem::GetStorageSystemReference();
+    const vfs::Folder inMemory(vfs::AbsoluteIRI(u"memory://progress/folder"), storage);
+    for (const vfs::FolderRemovalPolicy policy : {vfs::RemoveEmptyFolder, vfs::RemoveWithContents}) {
+        inMemory.createFolder();
+        inMemory.removeFolder(policy);
+        expectOneItem(inMemory.getLocation());
+    }
+}
+
 TEST_F(LocalProgressTest, AFolderThatMovesAsAWholeInAMergeIsOneItem) {
     scratch_.writeFile("source/inner/one");
     scratch_.makeFolder("target");

@@ -55,6 +55,12 @@ protected:
                                at(target_ / entry.getLocation().getName()));
         return files;
     }
+    static std::vector<std::pair<const vfs::File*, const vfs::File*>> pointersTo(const Pairs& files) {
+        std::vector<std::pair<const vfs::File*, const vfs::File*>> pointers;
+        for (const auto& [source, target] : files)
+            pointers.emplace_back(&source, &target);
+        return pointers;
+    }
     std::size_t entriesInTarget() const {
         return static_cast<std::size_t>(std::distance(fs::directory_iterator(target_), {}));
     }
@@ -87,7 +93,7 @@ protected:
 
 TEST_F(ManyFilesTest, CopiesThatAreAskedForAreThere) {
     const Pairs files = pairs();
-    const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+    const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
     for (std::size_t i = 0; i < count; ++i) {
         files[i].first.copyFile(files[i].second, provider::ReplaceWritable);
         ASSERT_EQ(contentOf(i), contentFor(i));
@@ -98,7 +104,7 @@ TEST_F(ManyFilesTest, CopiesThatAreAskedForAreThere) {
 TEST_F(ManyFilesTest, WhatIsNotAskedForIsGoneInTheEnd) {
     const Pairs files = pairs();
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         for (std::size_t i = 0; i < 3; ++i)
             files[i].first.copyFile(files[i].second, provider::ReplaceWritable);
         awaitCopiesAhead(20);
@@ -109,7 +115,7 @@ TEST_F(ManyFilesTest, WhatIsNotAskedForIsGoneInTheEnd) {
 TEST_F(ManyFilesTest, WhatSomebodyChangedMeanwhileStays) {
     const Pairs files = pairs();
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         awaitCopiesAhead(20);
         std::ofstream(target_ / nameOf(5)) << "theirs";
         fs::remove(target_ / nameOf(6));
@@ -125,7 +131,7 @@ TEST_F(ManyFilesTest, ProtectedFileStopsWhereItStands) {
     ASSERT_EQ(::chmod((target_ / nameOf(50)).c_str(), 0444), 0);
     const Pairs files = pairs();
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         EXPECT_EQ(copyAll(files), (std::pair{std::size_t{50}, int{vfs::permissionDenied}}));
     }
     EXPECT_EQ(contentOf(50), "old");
@@ -136,7 +142,7 @@ TEST_F(ManyFilesTest, FilesThatStandThereAreReplaced) {
     for (const std::size_t i : {0U, 50U, 51U, 399U})
         std::ofstream(target_ / nameOf(i)) << "old";
     const Pairs files = pairs();
-    const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+    const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
     EXPECT_EQ(copyAll(files), (std::pair{count, -1}));
     for (std::size_t i = 0; i < count; ++i)
         ASSERT_EQ(contentOf(i), contentFor(i));
@@ -146,7 +152,7 @@ TEST_F(ManyFilesTest, LinkToWhatIsStillToComeIsMetAsALinkToNothing) {
     fs::create_symlink(nameOf(60), target_ / nameOf(2));
     const Pairs files = pairs();
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         awaitCopiesAhead(20);
         EXPECT_EQ(copyAll(files), (std::pair{std::size_t{2}, int{vfs::resourceAlreadyExists}}));
     }
@@ -156,7 +162,7 @@ TEST_F(ManyFilesTest, LinkToWhatIsStillToComeIsMetAsALinkToNothing) {
 TEST_F(ManyFilesTest, InterruptStopsAndLeavesWhatWasAskedFor) {
     const Pairs files = pairs();
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         for (std::size_t i = 0; i < 7; ++i)
             files[i].first.copyFile(files[i].second, provider::ReplaceWritable);
         interpreter::raiseInterrupt();
@@ -167,7 +173,7 @@ TEST_F(ManyFilesTest, InterruptStopsAndLeavesWhatWasAskedFor) {
 
 TEST_F(ManyFilesTest, OtherCopyThanWasSaidEndsTheWork) {
     const Pairs files = pairs();
-    const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+    const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
     awaitCopiesAhead(20);
     files[9].first.copyFile(files[9].second, provider::ReplaceWritable);
     EXPECT_EQ(entriesInTarget(), 1U);
@@ -181,7 +187,7 @@ TEST_F(ManyFilesTest, LargeFilesAmongThemAreCopiedToo) {
         scratch_.writeFile("s/" + nameOf(i), large);
     scratch_.writeFile("s/" + nameOf(20), std::string(70'000, 'y'));
     const Pairs files = pairs();
-    const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+    const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
     EXPECT_EQ(copyAll(files), (std::pair{count, -1}));
     for (const std::size_t i : {10U, 11U, 200U})
         EXPECT_EQ(contentOf(i), large);
@@ -192,7 +198,7 @@ TEST_F(ManyFilesTest, SourceThatIsGoneIsToldInItsTurn) {
     const Pairs files = pairs();
     fs::remove(scratch_.path() / "s" / nameOf(30));
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         EXPECT_EQ(copyAll(files), (std::pair{std::size_t{30}, int{vfs::resourceNotFound}}));
     }
     EXPECT_EQ(entriesInTarget(), 30U);
@@ -205,7 +211,7 @@ TEST_F(ManyFilesTest, SourceThatLeadsToWhatIsStillToComeIsCopiedInItsTurn) {
         fs::create_symlink("../t/" + nameOf(i - 1), scratch_.path() / "s" / nameOf(i));
     }
     const Pairs files = pairs();
-    const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+    const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
     EXPECT_EQ(copyAll(files), (std::pair{count, -1}));
     for (std::size_t i = 1; i < count; i += 2)
         ASSERT_EQ(contentOf(i), contentFor(i - 1));
@@ -216,7 +222,7 @@ TEST_F(ManyFilesTest, SourceThatLeadsNowhereYetIsToldSo) {
     fs::create_symlink("../t/" + nameOf(11), scratch_.path() / "s" / nameOf(10));
     const Pairs files = pairs();
     {
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         awaitCopiesAhead(10);
         EXPECT_EQ(copyAll(files), (std::pair{std::size_t{10}, int{vfs::resourceNotFound}}));
     }
@@ -237,7 +243,7 @@ TEST_F(ManyFilesTest, WithoutFurtherThreadsItGoesAllTheSame) {
         if (::geteuid() == 0 && ::setuid(nobody) != 0) ::_exit(1);
         if (::setrlimit(RLIMIT_NPROC, &one) != 0) ::_exit(2);
         if (vfs::firstUnwritable(items, [] {}) != items.size()) ::_exit(3);
-        const vfs::CopiesAhead ahead(files, provider::ReplaceWritable);
+        const vfs::CopiesAhead ahead(pointersTo(files), provider::ReplaceWritable);
         ::_exit(copyAll(files) == std::pair{count, -1} ? 0 : 4);
     }
     int status = 0;

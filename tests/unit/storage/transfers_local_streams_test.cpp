@@ -14,6 +14,7 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -21,6 +22,7 @@
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/local_provider.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "tests/support/posix/few_open_files.h"
 #include "tests/support/scratch_folder.h"
 
 namespace korvex::runtime::storage::posix {
@@ -33,7 +35,7 @@ namespace vfs = foundation::storage::vfs;
 /// Another process that has a lease on a file, and is asked to give it up when somebody opens the file.
 class LeaseHolder {
 public:
-    enum class Answer { givesUp, interruptsInstead };
+    enum class Answer { givesUp, protectsFirst, interruptsInstead };
 
     /// Returns when the lease is there.
     LeaseHolder(const fs::path& file, Answer answer) {
@@ -69,6 +71,7 @@ private:
         // Until this process is ended: nobody tells it when the other one waits.
         while (answer == Answer::interruptsInstead)
             ::kill(::getppid(), SIGUSR1);
+        if (answer == Answer::protectsFirst && ::fchmod(opened, 0444) != 0) ::_exit(1);
         ::fcntl(opened, F_SETLEASE, F_UNLCK);
         ::_exit(0);
     }
@@ -153,6 +156,61 @@ TEST_F(LocalStreams, WaitForTheEndOfALease) {
     std::array<char, 100> buffer{};
     EXPECT_EQ(disk.read(locationOf("file"))->read(std::as_writable_bytes(std::span(buffer))), 7U);
     EXPECT_STREQ(buffer.data(), "content");
+}
+
+class LocalOutput : public LocalStreams {
+protected:
+    /// A stream with new content for a file.
+    std::unique_ptr<OutputStream> written(const std::string& name) {
+        auto stream = disk_.write(locationOf(name), provider::ReplaceWritable);
+        stream->write(std::as_bytes(std::span(newContent_)));
+        return stream;
+    }
+    static vfs::ErrorCode errorOfCommit(OutputStream& stream) {
+        try {
+            stream.commit();
+        } catch (const vfs::Exception& failure) {
+            return failure.getErrorCode();
+        }
+        ADD_FAILURE() << "no exception";
+        return vfs::unknownError;
+    }
+    std::string contentNow(const std::string& name) { return contentOf(open(name, Links::tellApart)); }
+
+    LocalProvider disk_;
+    const std::string newContent_ = "new";
+};
+
+TEST_F(LocalOutput, TheReplacedFileHandsItsBitsOnOrStays) {
+    const fs::path file = scratch_.writeFile("file", "old");
+    ASSERT_EQ(::chmod(file.c_str(), 0660), 0);
+    const auto stream = written("file");
+    {
+        const tests::FewOpenFiles none(0);
+        EXPECT_EQ(errorOfCommit(*stream), vfs::internalError);
+    }
+    EXPECT_EQ(contentNow("file"), "old");
+    stream->commit();
+    EXPECT_EQ(contentNow("file"), "new");
+    EXPECT_EQ(status_.st_mode & 07777U, 0660U);
+}
+
+TEST_F(LocalOutput, AFileThatIsProtectedAtTheVeryEndStays) {
+    const fs::path file = scratch_.writeFile("file", "old");
+    const auto stream = written("file");
+    const LeaseHolder holder(file, LeaseHolder::Answer::protectsFirst);
+    EXPECT_EQ(errorOfCommit(*stream), vfs::permissionDenied);
+    EXPECT_EQ(contentNow("file"), "old");
+}
+
+TEST_F(LocalOutput, WhatSomebodyPutsInThePlaceOfTheUnfinishedFileStays) {
+    auto stream = written("file");
+    const fs::path unfinished = fs::directory_iterator(scratch_.path())->path();
+    const std::string name = unfinished.filename().string();
+    fs::remove(unfinished);
+    scratch_.writeFile(name, "theirs");
+    stream.reset();
+    EXPECT_EQ(contentNow(name), "theirs");
 }
 
 /// What becomes of a stream that goes beyond the size which a file may have.

@@ -226,6 +226,8 @@ TEST_F(Transfers, AMovedFileThatChangedMeanwhileStays) {
 /// Keeps times in steps, as file systems do, and lets something happen when the content of a file is read.
 class WithCoarseTimes : public MemoryProvider {
 public:
+    explicit WithCoarseTimes(std::chrono::nanoseconds step) : step_(step) {}
+
     std::unique_ptr<InputStream> read(const AbsoluteIRI& file) override {
         return std::make_unique<Stream>(*this, MemoryProvider::read(file));
     }
@@ -241,9 +243,8 @@ private:
             return exact_->read(buffer);
         }
         FileAttributes attributes() const override {
-            using Step = std::chrono::duration<std::int64_t, std::centi>;
             FileAttributes attributes = exact_->attributes();
-            attributes.changed = std::chrono::floor<Step>(attributes.changed.value());
+            *attributes.changed -= attributes.changed.value().time_since_epoch() % storage_.step_;
             return attributes;
         }
 
@@ -251,24 +252,34 @@ private:
         WithCoarseTimes& storage_;
         const std::unique_ptr<InputStream> exact_;
     };
+
+    const std::chrono::nanoseconds step_;
 };
 
 TEST_F(Transfers, AMovedFileThatChangesTwiceInOneStepOfTheClockStays) {
-    WithCoarseTimes source;
-    for (const std::u16string path : {u"file", u"folder/file"}) {
-        source.putFile(MemoryBox::at(path), "content");
-        source.whenContentIsRead = [&] { source.putFile(MemoryBox::at(path), "CONTENT"); };
-        EXPECT_THAT(errorOf([&] {
-                        if (path == u"file") {
-                            moveFileBetween({source, MemoryBox::at(path)}, to_.served(u"moved"),
-                                            provider::ReplaceWritable);
-                        } else {
-                            moveFolderBetween({source, MemoryBox::at(u"folder")}, to_.served(u"movedFolder"),
-                                              provider::ReplaceWritable);
-                        }
-                    }),
-                    Pair(vfs::resourceInUse, text::toDisplayBytes(MemoryBox::at(path).toString())));
-        EXPECT_EQ(source.existence(MemoryBox::at(path)), provider::AsFile);
+    using namespace std::chrono_literals;
+    struct Change {
+        std::u16string path;
+        std::chrono::nanoseconds step;
+    };
+    for (const Change& change :
+         {Change{u"file", 10ms}, Change{u"folder/file", 10ms}, Change{u"file", 1s}, Change{u"file", 2s}}) {
+        SCOPED_TRACE(change.step.count());
+        WithCoarseTimes source(change.step);
+        const AbsoluteIRI location = MemoryBox::at(change.path);
+        source.putFile(location, "content");
+        source.whenContentIsRead = [&] { source.putFile(location, "CONTENT"); };
+        EXPECT_THAT(
+            errorOf([&] {
+                if (change.path == u"file") {
+                    moveFileBetween({source, location}, to_.served(u"moved"), provider::ReplaceWritable);
+                } else {
+                    moveFolderBetween({source, MemoryBox::at(u"folder")}, to_.served(u"movedFolder"),
+                                      provider::ReplaceWritable);
+                }
+            }),
+            Pair(vfs::resourceInUse, text::toDisplayBytes(location.toString())));
+        EXPECT_EQ(source.existence(location), provider::AsFile);
     }
 }
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "runtime/storage/providers/http/web_failures.h"
+
 namespace korvex::runtime::storage {
 
 namespace {
@@ -14,8 +16,6 @@ constexpr std::size_t mostBytesWaiting = 256 * 1024;
 
 /// How long libcurl may wait for the network before it looks at a pending interrupt again.
 constexpr int longestPollMilliseconds = 100;
-
-bool isSuccess(long status) noexcept { return status >= 200 && status < 300; }
 
 /// Of seconds since 1970; one that does not fit is the last one that does.
 std::chrono::sys_time<std::chrono::nanoseconds> timeOf(curl_off_t seconds) noexcept {

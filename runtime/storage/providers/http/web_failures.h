@@ -1,4 +1,4 @@
-// What an unsuccessful answer, or none, means as an error of the storage layer: two tables.
+// What a status means, and an unsuccessful answer, or none, as an error of the storage layer: two tables.
 #pragma once
 
 #include <curl/curl.h>
@@ -6,6 +6,10 @@
 #include "platform/storage_vfs.h"
 
 namespace korvex::runtime::storage {
+
+inline constexpr long partialContent = 206;
+
+constexpr bool isSuccess(long status) noexcept { return status >= 200 && status < 300; }
 
 /// Of a status that is neither success nor "not found".
 foundation::storage::vfs::ErrorCode errorOfStatus(long status) noexcept;

@@ -1,7 +1,6 @@
 // The provider of http and https: which requests answer a question, and what their answers mean.
 #include "runtime/storage/providers/http/web_provider.h"
 
-#include <new>
 #include <string>
 #include <utility>
 
@@ -28,9 +27,7 @@ constexpr long statusesWorthASecondLook[] = {400, 403, 405, 501};
 constexpr long notFound = 404;
 constexpr long rangeNotSatisfiable = 416;
 constexpr long gone = 410;
-constexpr long partialContent = 206;
 
-bool isSuccess(long status) noexcept { return status >= 200 && status < 300; }
 bool meansNothingThere(long status) noexcept { return status == notFound || status == gone; }
 
 bool deservesSecondLook(const WebAnswer& answer) noexcept {

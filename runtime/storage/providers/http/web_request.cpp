@@ -5,13 +5,9 @@
 
 #include <string_view>
 
+#include "runtime/storage/providers/http/web_failures.h"
+
 namespace korvex::runtime::storage {
-
-namespace {
-
-constexpr long partialContent = 206;
-
-}  // namespace
 
 WebRequest::WebRequest(const WebOptions& options) : handle_(options) {
     handle_.set(CURLOPT_TIMEOUT_MS, static_cast<long>(options.requestTimeout.count()));

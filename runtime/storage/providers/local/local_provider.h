@@ -17,6 +17,8 @@ public:
     CanonicalAbsoluteIRI canonicalLocation(const AbsoluteIRI& location) override;
 
     bool isWritable(const AbsoluteIRI& location) override;
+    bool isSameFile(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept override;
+    bool isSameFolder(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept override;
     std::size_t firstUnwritable(std::span<const AbsoluteIRI> locations,
                                 const std::function<void()>& onFailure) override;
     void setWritable(const AbsoluteIRI& location, bool isWritable) override;

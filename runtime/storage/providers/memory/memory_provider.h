@@ -9,7 +9,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <shared_mutex>
 #include <span>
 #include <string>

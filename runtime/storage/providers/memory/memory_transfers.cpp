@@ -102,10 +102,11 @@ void MemoryProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy
     const MemoryEntry removed = takenAt(folder, provider::AsFolder);
     if (policy == vfs::RemoveEmptyFolder && !removed.node->children.empty())
         throw vfs::Exception(vfs::folderNotEmpty, folder, takingAway);
-    progress.found(1, 0);
+    const bool isTold = policy == vfs::RemoveWithContents;
+    if (isTold) progress.found(1, 0);
     removeFolderContents({*removed.node, folder}, progress);
     removed.take();
-    progress.finished(1, 0, [&] { return folder; });
+    if (isTold) progress.finished(1, 0, [&] { return folder; });
 }
 
 MemoryEntry MemoryProvider::takenAt(const AbsoluteIRI& location, ExistenceType wanted) {

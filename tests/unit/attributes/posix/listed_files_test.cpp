@@ -3,11 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <latch>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -18,6 +15,7 @@
 #include "runtime/text/encoding.h"
 #include "tests/support/posix/few_open_files.h"
 #include "tests/support/posix/ordinary_user.h"
+#include "tests/support/posix/swapping.h"
 #include "tests/unit/attributes/posix/attribute_fixture.h"
 
 namespace korvex::tests {
@@ -31,33 +29,6 @@ using runtime::process::FileDescriptor;
 
 constexpr file_status::perms addWrite = file_status::perms_add | file_status::owner_write;
 constexpr file_status::perms removeWrite = file_status::perms_remove | file_status::owner_write;
-
-/// Exchanges what stands at two paths, again and again, for as long as the object lives.
-class Swapping {
-public:
-    Swapping(fs::path a, fs::path b)
-        : thread_([this, a = std::move(a), b = std::move(b)] {
-              for (std::size_t attempt = 0; !isOver_; ++attempt) {
-                  if (::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0) ++swaps_;
-                  if (attempt == 0) hasBegun_.count_down();
-              }
-          }) {
-        hasBegun_.wait();
-    }
-    ~Swapping() {
-        isOver_ = true;
-        thread_.join();
-        EXPECT_GT(swaps_, 0) << "Nothing was exchanged.";
-    }
-    Swapping(const Swapping&) = delete;
-    Swapping& operator=(const Swapping&) = delete;
-
-private:
-    std::atomic<bool> isOver_{false};
-    std::latch hasBegun_{1};
-    int swaps_ = 0;
-    std::thread thread_;
-};
 
 class ListedFilesTest : public AttributesTest {
 protected:

@@ -5,8 +5,10 @@
 #include <array>
 #include <atomic>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
+#include "runtime/interpreter/interrupts.h"
 #include "tests/unit/configuration/configuration_folder.h"
 #include "tests/unit/configuration/posix/child_process.h"
 
@@ -20,6 +22,7 @@ using nlohmann::json;
 class ConcurrentUpdatesTest : public ConfigurationTest {
 protected:
     static constexpr int updatesOfEach = 100;
+    static constexpr int wasInterrupted = 7;
 
     void countUp(const char* counter) const {
         StoredDocument stored = document();
@@ -125,6 +128,29 @@ TEST_F(ConcurrentUpdatesTest, SignalsWhileWaitingForTheLockDoNotEndTheWait) {
     document().update(interruptTheWait);
     EXPECT_EQ(waiting->end(), 0);
     EXPECT_EQ(document().read(), json::parse(R"({"order": ["first", "second"]})"));
+}
+
+TEST_F(ConcurrentUpdatesTest, AnInterruptEndsTheWaitingForTheLockAndChangesNothing) {
+    const auto interruptTheWait = [&](json& changed) {
+        ChildProcess waiting([this] {
+            struct ::sigaction action {};
+            action.sa_handler = [](int) { interpreter::raiseInterrupt(); };
+            action.sa_flags = SA_RESTART;
+            ::sigaction(SIGUSR1, &action, nullptr);
+            try {
+                document().update(appending("second"));
+            } catch (const ConfigurationError& error) {
+                if (std::string_view(error.what()).find(interruptedWaiting) == std::string_view::npos) throw;
+                ::_exit(interpreter::isInterruptPending() ? wasInterrupted : 1);
+            }
+        });
+        letWaitForALock(waiting);
+        ::kill(waiting.id(), SIGUSR1);
+        EXPECT_EQ(waiting.end(), wasInterrupted);
+        appending("first")(changed);
+    };
+    document().update(interruptTheWait);
+    EXPECT_EQ(document().read(), json::parse(R"({"order": ["first"]})"));
 }
 
 TEST_F(ConcurrentUpdatesTest, ALockFileThatIsRemovedMeanwhileIsMadeAgainBeforeTheNextChange) {

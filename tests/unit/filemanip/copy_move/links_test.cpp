@@ -1,12 +1,6 @@
 // Symbolic links as the source of a transfer, on a disk, since only a disk has them.
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "platform/message_identifiers.h"
-#include "runtime/dispatcher/current_folder.h"
-#include "tests/support/scratch_folder.h"
-#include "tests/unit/filemanip/copy_move/copy_move_fixture.h"
+#include "tests/unit/filemanip/copy_move/links_fixture.h"
 
 namespace korvex::filemanip::tests {
 namespace {
@@ -14,54 +8,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// In the current folder: "file" and "toFile", which leads there; "folder" with "inner" and "toFolder", which
-/// leads there; "broken"; and the empty folder "d".
-class LinksTest : public testing::Test {
-protected:
-    LinksTest() {
-        scratch_.writeFile("file", "F");
-        scratch_.writeFile("folder/inner", "I");
-        scratch_.makeFolder("d");
-        link("file", "toFile");
-        link("folder", "toFolder");
-        link("nowhere", "broken");
-        runtime::dispatcher::setCurrentFolderPath(scratch_.text());
-    }
-    ~LinksTest() override { runtime::dispatcher::setCurrentFolderPath(u"/"); }
-
-    void link(const fs::path& target, const fs::path& name) const {
-        fs::create_symlink(target, scratch_.path() / name);
-    }
-    std::u16string at(const std::u16string& path) const { return scratch_.text() + u'/' + path; }
-
-    static Failure copy(const std::u16string& source, const std::u16string& destination,
-                        const std::u16string& links, const Texts& more = {}) {
-        Texts arguments{source, destination, u"copylinkbehavior", links};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return failureOf(copyCommand, arguments);
-    }
-    static Failure move(const std::u16string& source, const std::u16string& destination) {
-        return failureOf(moveCommand, Texts{source, destination});
-    }
-    static Failure moveResolved(const std::u16string& source, const std::u16string& destination) {
-        return failureOf(moveCommand, Texts{source, destination, u"movelinkbehavior", u"resolve"});
-    }
-
-    /// "link to X", "folder", what a file holds, or "nothing".
-    std::string whatIs(const fs::path& name) const {
-        const fs::path path = scratch_.path() / name;
-        if (fs::is_symlink(path)) return "link to " + fs::read_symlink(path).string();
-        if (fs::is_directory(path)) return "folder";
-        if (!fs::exists(path)) return "nothing";
-        std::ostringstream content;
-        content << std::ifstream(path, std::ios::binary).rdbuf();
-        return content.str();
-    }
-
-    korvex::tests::ScratchFolder scratch_;
-    EnvironmentObserver environment_;
-};
 
 TEST_F(LinksTest, CopyWithoutAnOptionTakesWhatTheLinkLeadsTo) {
     EXPECT_EQ(failureOf(copyCommand, Texts{u"toFile", u"new"}), noFailure());
@@ -93,13 +39,6 @@ TEST_F(LinksTest, ResolvedLinkIntoTheFolderOfItsFileIsTheSamePlace) {
     EXPECT_EQ(copy(u"d/x", u"toD", u"resolve"),
               failure("KORVEX:COPYFILE:SourceAndDestinationSame", "KORVEX:FILE:SourceAndDestinationSame"));
     EXPECT_EQ(whatIs("d/x"), "X");
-}
-
-TEST_F(LinksTest, FileIsWholeAfterWhatLeadsToItWasCopiedOntoIt) {
-    failureOf(copyCommand, Texts{u"toFile", u"file"});
-    failureOf(copyCommand, Texts{u"toFile", u"file", u"f"});
-    EXPECT_EQ(whatIs("file"), "F");
-    EXPECT_EQ(whatIs("toFile"), "link to file");
 }
 
 TEST_F(LinksTest, CopyThatPreservesMakesALinkOfThatName) {
@@ -211,6 +150,15 @@ TEST_F(LinksTest, BrokenLinkThatIsCopiedByTheLayersRuleIsNotFound) {
               failure("KORVEX:COPYFILE:ResourceNotFound", "KORVEX:virtualfilesystem:resourceNotFound",
                       {at(u"broken")}));
     EXPECT_EQ(whatIs("d/broken"), "nothing");
+}
+
+TEST_F(LinksTest, BrokenLinkAmongMatchesIsNotFoundAlsoWherePreservingIsAskedFor) {
+    for (const std::u16string behavior : {u"osdefault", u"preserve"}) {
+        EXPECT_EQ(copy(u"b*", u"d", behavior),
+                  failure("KORVEX:COPYFILE:ResourceNotFound", "KORVEX:virtualfilesystem:resourceNotFound",
+                          {at(u"broken")}));
+        EXPECT_EQ(whatIs("d/broken"), "nothing");
+    }
 }
 
 TEST_F(LinksTest, MoveRenamesTheLink) {

@@ -87,6 +87,17 @@ TEST_P(PackageNoticesTest, EachMatchOfAWildcardIsToldOf) {
     EXPECT_EQ(warningsOf(u"/s/*", u"/fixed").size(), 3U);
 }
 
+TEST_P(PackageNoticesTest, EachFileOfALongRunIsToldOf) {
+    for (char16_t unit = u'a'; unit <= u'z'; ++unit) {
+        put(std::u16string(u"/fixed/many/") + unit, "F");
+        put(std::u16string(u"/fixed/many/") + unit + unit, "F");
+    }
+    EXPECT_EQ(warningsOf(u"/fixed/many/*", u"/s").size(), command().isCopy ? 0U : 52U);
+    const std::u16string from = command().isCopy ? u"/fixed/many/*" : u"/s/*";
+    put(u"/fixed/new/");
+    EXPECT_GE(warningsOf(from, u"/fixed/new").size(), 52U);
+}
+
 TEST_P(CopyNoticesTest, FileIntoAPackageNamesTheFolder) {
     EXPECT_THAT(warningsOf(u"/s/a", u"/fixed"),
                 ElementsAre(warning(KORVEX::COPYFILE::CopiedFileIntoPackage(path(u"/fixed"), u"Fixed"))));

@@ -125,6 +125,12 @@ TEST_P(ResolutionTest, RelativeSourceWithoutACurrentFolderIsTheSystemsFailure) {
     expectNothingTouched();
 }
 
+TEST_P(ResolutionTest, RelativeDestinationWithoutACurrentFolderIsNoLocation) {
+    storage_.memory->removeFolder(storage_.at(u"/here"), vfs::RemoveWithContents);
+    EXPECT_EQ(run(u"/s/a", u"b"), plainFailure(invalidIRI, {u""}));
+    expectNothingTouched();
+}
+
 TEST_P(ResolutionTest, AbsolutePathsNeedNoCurrentFolder) {
     storage_.memory->removeFolder(storage_.at(u"/here"), vfs::RemoveWithContents);
     EXPECT_EQ(run(u"/s/a", u"/d"), noFailure());

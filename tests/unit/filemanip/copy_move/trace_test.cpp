@@ -219,11 +219,51 @@ TEST_F(CopyMoveTraceTest, DoubtAboutATargetIsTold) {
         ElementsAre(record(16, testing::AllOf(StartsWith("Exception caught: "), HasSubstr("on fire")))));
 }
 
-TEST_F(CopyMoveTraceTest, FailedMoveOfAFolderIsToldTwice) {
-    storage_.provider->failCall(Operation::moveFolder, 1, {.code = vfs::ioError, .systemText = "on fire"});
-    const std::vector<Line> lines = recordsOf(moveCommand, {u"/s", u"/d/new"});
-    EXPECT_THAT(lines, testing::Contains(record(16, HasSubstr("on fire"))));
-    EXPECT_THAT(lines, testing::Contains(record(512, HasSubstr("on fire"))));
+TEST_F(CopyMoveTraceTest, DoubtAboutTheTargetOfAMatchIsTold) {
+    storage_.provider->failCall(Operation::isWritable, 1, {.code = vfs::ioError, .systemText = "on fire"});
+    EXPECT_THAT(
+        linesOf(traceOf(severity::exceptionInFlight, copyCommand, {u"/s/*", u"/d"})),
+        ElementsAre(record(16, testing::AllOf(StartsWith("Exception caught: "), HasSubstr("on fire")))));
+}
+
+TEST_F(CopyMoveTraceTest, MissingParentThatCannotBeMadeIsTold) {
+    storage_.provider->failCall(Operation::createFolderRecursive, 1,
+                                {.code = vfs::ioError, .systemText = "on fire"});
+    EXPECT_THAT(linesOf(traceOf(severity::error, copyCommand, {u"/s", u"/x/new"})),
+                ElementsAre(record(512, HasSubstr("on fire"))));
+}
+
+TEST_F(CopyMoveTraceTest, NewFolderForTheContentsOfTheCurrentOneThatCannotBeMadeIsTold) {
+    storage_.put(u"/here/a", "A");
+    storage_.provider->failCall(Operation::createFolder, 1, {.code = vfs::ioError, .systemText = "on fire"});
+    EXPECT_THAT(linesOf(traceOf(severity::error, copyCommand, {u"/here", u"/d/new"})),
+                ElementsAre(record(512, HasSubstr("on fire"))));
+}
+
+TEST_F(CopyMoveTraceTest, FailedTransferOfAFolderIsToldTwice) {
+    for (const auto& [command, operation] :
+         {std::pair{copyCommand, Operation::copyFolder}, {moveCommand, Operation::moveFolder}}) {
+        storage_.provider->failCall(operation, 1, {.code = vfs::ioError, .systemText = "on fire"});
+        const std::vector<Line> lines = recordsOf(command, {u"/s", u"/d/new"});
+        EXPECT_THAT(lines, testing::Contains(record(16, HasSubstr("on fire"))));
+        EXPECT_THAT(lines, testing::Contains(record(512, HasSubstr("on fire"))));
+    }
+}
+
+TEST_F(CopyMoveTraceTest, DoubtAboutTheSourceOfAForcedMoveIsTold) {
+    storage_.provider->failCall(Operation::isWritable, 1, {.code = vfs::ioError, .systemText = "on fire"});
+    EXPECT_THAT(linesOf(traceOf(severity::exceptionInFlight, moveCommand, {u"/s/a", u"/d/new", u"f"})),
+                testing::Contains(
+                    record(16, testing::AllOf(StartsWith("Exception caught: "), HasSubstr("on fire")))));
+}
+
+TEST_F(CopyMoveTraceTest, ProtectionThatCannotBePutBackIsTold) {
+    storage_.protect(u"/s/a");
+    storage_.provider->failCall(Operation::setWritable, 3, {.code = vfs::ioError, .systemText = "on fire"});
+    EXPECT_THAT(linesOf(traceOf(severity::exceptionInFlight, moveCommand, {u"/s/a", u"/d/new", u"f"})),
+                testing::Contains(
+                    record(16, testing::AllOf(StartsWith("Exception caught: "), HasSubstr("on fire")))));
+    EXPECT_EQ(storage_.provider->faultsRaised(), 1U);
 }
 
 TEST_F(CopyMoveTraceTest, ExitIsToldOnceTheOutputsAreSetAndSoNotOfAnIllegalName) {

@@ -1,12 +1,16 @@
 // Changes that times do not tell apart.
 #include "runtime/storage/providers/local/posix/clock_step.h"
 
+#include <cstdint>
+
+#include "runtime/interpreter/interrupts.h"
+#include "runtime/storage/providers/local/posix/local_times.h"
+
 namespace korvex::runtime::storage::posix {
 
 namespace {
 
 constexpr long stepOfWaiting = 1'000'000;
-constexpr long nanosecondsInSecond = 1'000'000'000;
 
 /// Some file systems keep whole seconds, or every second one.
 constexpr time_t coarsestStep = 2;
@@ -23,7 +27,7 @@ bool isFresh(const struct ::timespec& changed) noexcept {
     const time_t seconds = -age;
     // Times that are far ahead come from another clock.
     if (seconds < 0 || seconds > 1) return false;
-    const long ahead = seconds * nanosecondsInSecond + changed.tv_nsec - now.tv_nsec;
+    const std::int64_t ahead = seconds * nanosecondsInSecond + changed.tv_nsec - now.tv_nsec;
     return ahead >= 0 && ahead < step.tv_nsec;
 }
 
@@ -31,7 +35,7 @@ bool isFresh(const struct ::timespec& changed) noexcept {
 
 bool awaitClockStep(const struct ::timespec& changed) noexcept {
     if (!isFresh(changed)) return false;
-    while (isFresh(changed)) {
+    while (isFresh(changed) && !interpreter::isInterruptPending()) {
         const struct ::timespec wait { 0, stepOfWaiting };
         ::nanosleep(&wait, nullptr);
     }

@@ -24,8 +24,9 @@ enum class CopiedState { gone, asCopied, different };
 class CopiedEntries {
 public:
     /// An entry of a folder of the source, which is about to be copied. One that cannot be looked at is not
-    /// remembered. Waits, for some milliseconds at most, where the entry has changed so lately that one more
-    /// change could leave its times the same.
+    /// remembered. Waits where the entry has changed so lately that one more change could leave its times the
+    /// same: some milliseconds, up to two seconds where the file system keeps whole seconds. An interrupt
+    /// that is pending ends the waiting, and the entry may not be remembered then.
     void add(const TreeFolder& folder, int handle, const std::string& name);
     /// A folder that has been opened to be copied.
     void addFolder(const TreeFolder& folder);

@@ -24,8 +24,6 @@ constexpr unsigned mostThreads = 3;
 
 thread_local CopiesAhead* ofThread = nullptr;
 
-EntryAt entryAt(const Place& place) noexcept { return {place.folder(), place.name()}; }
-
 }  // namespace
 
 CopiesAhead::CopiesAhead(std::vector<FilePair> files, ReplacementPolicy policy)
@@ -150,7 +148,7 @@ void CopiesAhead::copy(std::size_t index) {
     try {
         const Place from(files_[index].first);
         const Place to(files_[index].second);
-        const Failure failure = transfer_.copyOntoNothing(entryAt(from), entryAt(to), mostBytes, made);
+        const Failure failure = transfer_.copyOntoNothing(from.entry(), to.entry(), mostBytes, made);
         if (!failure) outcome = State::made;
         if (failure.systemError == EFBIG) outcome = State::tooLarge;
     } catch (const std::exception&) {

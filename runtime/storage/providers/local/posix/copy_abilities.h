@@ -17,6 +17,8 @@ struct CopyAbilities {
     /// Whether a file holds as many bytes as its size says, so that nobody has to read on to find its end.
     /// Files that the system makes up as they are read say 0, or too little.
     bool tellsSizes = false;
+    /// Whether what was written is safe from failing when the file is closed, as it may on a network's disk.
+    bool closesSilently = false;
     std::atomic<bool> hasExtendedAttributes{true};
 };
 

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "runtime/storage/providers/local/posix/entry_at.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 
 namespace korvex::runtime::storage::posix {
@@ -23,7 +24,7 @@ int errorUnlessUnsupported(int result) noexcept {
 int syncFile(int file) noexcept { return errorUnlessUnsupported(::fsync(file)); }
 
 int syncFolderOf(int folder, const std::string& name) {
-    const std::string path = name.substr(0, name.rfind('/') + 1) + ".";
+    const std::string path = beside({folder, name.c_str()}, ".");
     const FileDescriptor opened(::openat(folder, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return errno == EACCES ? syncAll() : errno;
     return syncFile(opened.get());

@@ -15,13 +15,11 @@
 #include <utility>
 
 #include "runtime/storage/providers/local/posix/folder_entries.h"
+#include "runtime/storage/providers/local/posix/path_lookup.h"
 
 namespace korvex::runtime::storage::posix {
 
 namespace {
-
-/// As many as the system itself follows in one path.
-constexpr int mostLinks = 40;
 
 bool isSameTime(const struct ::timespec& a, const struct ::timespec& b) noexcept {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;

@@ -2,7 +2,6 @@
 #include "runtime/storage/providers/local/posix/error_code.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -65,6 +64,7 @@ constexpr std::pair<int, vfs::ErrorCode> codeOfError[] = {
     {ETIMEDOUT, vfs::ioError},
     {ESTALE, vfs::ioError},
     {EREMOTEIO, vfs::ioError},
+    {ECANCELED, vfs::ioError},
     {ENOMEM, vfs::internalError},
     {ENOBUFS, vfs::internalError},
     {EMFILE, vfs::internalError},

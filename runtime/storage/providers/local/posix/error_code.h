@@ -1,7 +1,6 @@
 // The one place that turns an errno into an error code of the storage layer.
 #pragma once
 
-#include <cerrno>
 #include <string>
 
 #include "platform/storage_vfs.h"
@@ -9,7 +8,7 @@
 namespace korvex::runtime::storage::posix {
 
 /// Stands among the errnos for work that a pending interrupt has stopped.
-inline constexpr int interruptedError = ECANCELED;
+inline constexpr int interruptedError = -1;  // no errno of any system
 
 foundation::storage::vfs::ErrorCode errorCodeOf(int systemError) noexcept;
 

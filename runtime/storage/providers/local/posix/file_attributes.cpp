@@ -14,6 +14,8 @@ namespace korvex::runtime::storage::posix {
 
 namespace {
 
+constexpr const char* listForNewEntries = "system.posix_acl_default";
+
 /// Attributes that only the system itself may set, or that this file system does not know, are left out.
 bool mayBeLeftOut(int systemError) noexcept {
     return systemError == ENOTSUP || systemError == EPERM || systemError == EACCES || systemError == EINVAL;
@@ -120,11 +122,14 @@ mode_t bitsWithoutLostList(mode_t source, int destination, const std::vector<cha
     return isLost ? source & (~mode_t{S_IRWXG} | ((source & S_IRWXO) << 3)) : source;
 }
 
+bool handsAccessListsOn(int folder) noexcept {
+    return ::fgetxattr(folder, listForNewEntries, nullptr, 0) >= 0 || (errno != ENODATA && errno != ENOTSUP);
+}
+
 int removeInheritedAccessLists(int made, mode_t mode, const std::vector<char>& names) noexcept {
-    constexpr const char* forNewEntries = "system.posix_acl_default";
     int systemError = contains(names, accessListName) ? 0 : removeAttribute(made, accessListName);
-    if (systemError == 0 && S_ISDIR(mode) && !contains(names, forNewEntries))
-        systemError = removeAttribute(made, forNewEntries);
+    if (systemError == 0 && S_ISDIR(mode) && !contains(names, listForNewEntries))
+        systemError = removeAttribute(made, listForNewEntries);
     return systemError;
 }
 

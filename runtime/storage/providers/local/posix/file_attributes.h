@@ -29,6 +29,9 @@ Failure copyExtendedAttributes(int source, int destination, const std::vector<ch
 /// has.
 mode_t bitsWithoutLostList(mode_t source, int destination, const std::vector<char>& names) noexcept;
 
+/// Whether new entries of the folder get access lists from it. True, too, where it cannot be told.
+bool handsAccessListsOn(int folder) noexcept;
+
 /// Takes the access lists away that a new file or folder has from the folder in which it was made, but for
 /// those among `names`, which it has from its source. `mode` tells whether it is a folder. 0 or the errno.
 int removeInheritedAccessLists(int made, mode_t mode, const std::vector<char>& names) noexcept;

@@ -1,7 +1,6 @@
 // The content of one open file, into another.
 #include "runtime/storage/providers/local/posix/file_content.h"
 
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 

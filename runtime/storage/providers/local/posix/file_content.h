@@ -1,9 +1,7 @@
-// The content and the attributes of one open file, into another.
+// The content of one open file, into another.
 #pragma once
 
 #include <sys/stat.h>
-
-#include <vector>
 
 #include "runtime/storage/providers/local/posix/copy_abilities.h"
 #include "runtime/storage/providers/local/posix/folder_tree.h"

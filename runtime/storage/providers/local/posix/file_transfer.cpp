@@ -12,9 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/clock_step.h"
 #include "runtime/storage/providers/local/posix/created_file.h"
 #include "runtime/storage/providers/local/posix/durability.h"
+#include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
@@ -55,6 +57,12 @@ bool leadsNowhere(int systemError) noexcept {
     return systemError == ENOENT || systemError == ENOTDIR || systemError == ELOOP;
 }
 
+/// Put in the place of what it leads to, a link would lead to itself, and the content be gone.
+bool leadsTo(EntryAt link, const struct ::stat& standing) noexcept {
+    struct ::stat target {};
+    return ::fstatat(link.folder, link.name, &target, 0) == 0 && isSameFile(target, standing);
+}
+
 /// Of the errors with which a file gets no name: whether any other file would meet them there.
 bool meetsNamedFilesToo(int systemError) noexcept {
     constexpr int errors[] = {EEXIST, ENOSPC, EDQUOT, EROFS, EIO, EMLINK, ENAMETOOLONG};
@@ -62,12 +70,6 @@ bool meetsNamedFilesToo(int systemError) noexcept {
 }
 
 mode_t groupBitsOfEverybody(mode_t mode) noexcept { return mode & ((mode & 0007) << 3); }
-
-int unlessFile(const struct ::stat& status) noexcept {
-    if (S_ISREG(status.st_mode)) return 0;
-    return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
-}
-
 }  // namespace
 
 /// A file that is open to be copied.
@@ -80,6 +82,12 @@ struct FileTransfer::SourceFile {
     CopyAbilities unasked;
     CopyAbilities* abilities = &unasked;
     std::vector<char>& attributeNames;
+    DestinationFolder into;
+
+    /// Whether a copy that was written cannot fail any more when it is closed.
+    bool closesSilentlyOn(dev_t device) const noexcept {
+        return abilities->closesSilently && device == status.st_dev;
+    }
 };
 
 /// What stands at a destination.
@@ -111,7 +119,8 @@ int FileTransfer::lookAt(EntryAt destination, EntryKind by, Standing& standing) 
     return policy_ == ReplaceAny ? 0 : obstacleToWriting(destination, standing.file);
 }
 
-Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher) {
+Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher,
+                           const DestinationFolder& into) {
     if (kind == EntryKind::folder) return {EISDIR, sourceSide};
     if (kind == EntryKind::link) return copyLink(source, destination);
     if (kind == EntryKind::special) return copySpecial(source, destination);
@@ -119,6 +128,7 @@ Failure FileTransfer::copy(EntryAt source, EntryKind kind, EntryAt destination, 
     SourceFile input(attributeNames);
     if (const Failure failure = open(source, Links::tellApart, input)) return failure;
     input.abilities = &abilities_.of(input.file.get(), input.status.st_dev);
+    input.into = into;
     return copyOpened(input, destination, Links::tellApart, watcher);
 }
 
@@ -163,7 +173,7 @@ Failure FileTransfer::copyOntoNothing(EntryAt source, EntryAt destination, off_t
     }
     const int file = output.file().get();
     if (const Failure failure = fill(input, file, output.made(), owner, nullptr)) return failure;
-    int systemError = output.flush();
+    int systemError = input.closesSilentlyOn(output.made().st_dev) ? 0 : output.flush();
     if (systemError == 0) systemError = output.giveName(destination);
     if (systemError == 0 && ::fstat(file, &made) != 0) systemError = errno;
     return {systemError, destinationSide};
@@ -196,6 +206,8 @@ Failure FileTransfer::copyOpened(SourceFile& source, EntryAt destination, Links 
     if (isWrittenAtOnce(source)) {
         const Failure inPlace = copyInPlace(source, destination, watcher);
         if (inPlace.systemError != EEXIST) return inPlace;
+        // Somebody else has put something there.
+        source.into.isNew = false;
     }
     return copyBeside(source, destination, links, Durability::whenever, watcher);
 }
@@ -215,8 +227,8 @@ Failure FileTransfer::copyInPlace(const SourceFile& source, EntryAt destination,
 Failure FileTransfer::copyBeside(const SourceFile& source, EntryAt destination, Links links,
                                  Durability durability, CopyWatcher* watcher) const {
     Standing standing;
-    if (const int systemError = lookAt(destination, EntryKind::file, standing))
-        return {systemError, destinationSide};
+    const int systemError = source.into.isNew ? 0 : lookAt(destination, EntryKind::file, standing);
+    if (systemError != 0) return {systemError, destinationSide};
     if (links == Links::follow && standing.isLinkToFile()) {
         const EndOfLink end(destination);
         if (end.systemError() != 0) return {end.systemError(), destinationSide};
@@ -237,11 +249,11 @@ Failure FileTransfer::copyBeside(const SourceFile& source, EntryAt destination, 
     if (output.systemError() != 0) return {output.systemError(), destinationSide};
     if (const Failure failure = fill(source, output.file().get(), output.made(), owner, watcher))
         return failure;
-    int systemError = durability == Durability::atOnce ? syncFile(output.file().get()) : 0;
-    if (systemError == 0) systemError = output.file().close();
-    if (systemError == 0) systemError = rename(written, EntryKind::file, destination, standing.isThere);
-    if (systemError == 0) output.keep();
-    return {systemError, destinationSide};
+    int outcome = durability == Durability::atOnce ? syncFile(output.file().get()) : 0;
+    if (outcome == 0) outcome = output.file().close();
+    if (outcome == 0) outcome = rename(written, EntryKind::file, destination, standing.isThere);
+    if (outcome == 0) output.keep();
+    return {outcome, destinationSide};
 }
 
 /// A new file that gets its name when it is whole; cheaper than to rename one. None when that cannot be had.
@@ -254,7 +266,7 @@ std::optional<Failure> FileTransfer::copyUnnamed(const SourceFile& source, Entry
     if (const Failure failure = fill(source, file, output.made(), owner, watcher)) return failure;
     int systemError = durability == Durability::atOnce ? syncFile(file) : 0;
     if (systemError != 0) return Failure{systemError, destinationSide};
-    systemError = output.flush();
+    if (!source.closesSilentlyOn(output.made().st_dev)) systemError = output.flush();
     if (systemError != 0) return Failure{systemError, destinationSide};
     systemError = output.giveName(destination);
     if (systemError == EEXIST) systemError = replaceByUnnamed(output, destination);
@@ -275,7 +287,6 @@ int FileTransfer::replaceByUnnamed(const UnnamedFile& file, EntryAt destination)
     return unrenamed;
 }
 
-/// 0 or the errno. What has come meanwhile is replaced no more than what stood there at the beginning.
 int FileTransfer::rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const {
     if (!isReplacing) {
         const int systemError = renameOntoNothing(written, destination);
@@ -312,7 +323,9 @@ Failure FileTransfer::fill(const SourceFile& source, int file, struct ::stat mad
     if (owner != nullptr) giveOwner(file, *owner, made);
     if (const Failure failure = copyExtendedAttributes(files.source, file, source.attributeNames, made))
         return failure;
-    int systemError = removeInheritedAccessLists(file, made.st_mode, source.attributeNames);
+    int systemError = source.into.handsAccessListsOn
+                          ? removeInheritedAccessLists(file, made.st_mode, source.attributeNames)
+                          : 0;
     struct ::stat wanted = source.status;
     wanted.st_mode = bitsWithoutLostList(wanted.st_mode, file, source.attributeNames);
     if (systemError == 0) systemError = copyModeAndTimes(wanted, file, made);
@@ -347,6 +360,7 @@ Failure FileTransfer::copyLink(EntryAt source, EntryAt destination) const {
     if (const int obstacle = lookAt(destination, EntryKind::link, standing))
         return {obstacle, destinationSide};
     if (standing.isThere && isSameFile(status, standing.entry)) return {};
+    if (standing.isThere && leadsTo(source, standing.entry)) return {EEXIST, destinationSide};
     const std::string temporary = beside(destination, temporaryName());
     const EntryAt written{destination.folder, temporary.c_str()};
     if (const int failed = makeLink(target, status, written)) return {failed, destinationSide};
@@ -403,6 +417,8 @@ Failure FileTransfer::move(EntryAt source, EntryKind kind, EntryAt destination, 
     struct ::stat status {};
     if (::fstatat(source.folder, source.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return {errno, sourceSide};
     const bool isSame = standing.isThere && isSameFile(status, standing.entry);
+    const bool isLinkToIt = standing.isThere && S_ISLNK(status.st_mode) && leadsTo(source, standing.entry);
+    if (isLinkToIt && !isSame) return {EEXIST, destinationSide};
     const int systemError = rename(source, kind, destination, standing.isThere);
     if (systemError != 0 && systemError != EXDEV) return {systemError, destinationSide};
     // The system also refuses to rename within one disk that is mounted twice.
@@ -421,6 +437,7 @@ Failure FileTransfer::copyAndRemove(EntryAt source, EntryKind kind, EntryAt dest
         if (::fstatat(source.folder, source.name, &before, AT_SYMLINK_NOFOLLOW) != 0)
             return {errno, sourceSide};
         isSettled = !awaitClockStep(before.st_ctim);
+        if (!isSettled && interpreter::isInterruptPending()) return {interruptedError, sourceSide};
     }
     if (const Failure failure = copyDurably(source, kind, destination, watcher)) return failure;
     if (const int systemError = syncFolderOf(destination.folder, destination.name))

@@ -6,8 +6,6 @@
 // temporary name beside its own and renamed when it is whole. What a failed copy has made is removed again.
 #pragma once
 
-#include <fcntl.h>
-
 #include <atomic>
 #include <optional>
 #include <string>
@@ -24,6 +22,14 @@
 
 namespace korvex::runtime::storage::posix {
 
+/// What is known of the folder that an entry goes into, so that it need not be asked for each.
+struct DestinationFolder {
+    /// Made for this copy: nothing stands in it but what came from here.
+    bool isNew = false;
+    /// Its new entries get access lists from it.
+    bool handsAccessListsOn = true;
+};
+
 /// Transfers of entries under one policy. May be used by several threads at once.
 class FileTransfer {
 public:
@@ -35,7 +41,8 @@ public:
         : policy_(policy), keepsOwner_(keepsOwner) {}
 
     /// Copies an entry of a kind that is no folder; a link as a link. `watcher` may be null, as for all.
-    Failure copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher);
+    Failure copy(EntryAt source, EntryKind kind, EntryAt destination, CopyWatcher* watcher,
+                 const DestinationFolder& into = {});
     /// Copies the file that the name leads to, links followed, on both sides. What is no regular file is
     /// refused and not even opened: EISDIR for a folder, EOPNOTSUPP for others.
     Failure copyFollowing(EntryAt source, EntryAt destination, CopyWatcher* watcher);
@@ -54,6 +61,11 @@ public:
     /// there, EEXIST, EACCES, EROFS, ... Folders, devices, pipes and sockets are never replaced, nor links to
     /// one; a link gives way to a link.
     int mayReplace(EntryAt destination, EntryKind by = EntryKind::file) const;
+
+    /// Puts what was written under its own name beside the destination in its place: 0 or the errno. Replaces
+    /// nothing that came meanwhile and that the policy does not let it replace; with `isReplacing` something
+    /// is known to stand there.
+    int rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const;
 
     /// Gives a folder the attributes, permission bits and time of its source, whose status is given.
     Failure dress(int source, const struct ::stat& status, int destination);
@@ -81,7 +93,6 @@ private:
     Failure replaceBy(EntryAt written, EntryKind kind, EntryAt destination) const;
 
     int lookAt(EntryAt destination, EntryKind by, Standing& standing) const;
-    int rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const;
     int makeLink(const std::string& target, const struct ::stat& status, EntryAt link) const;
     void keepOwnerAndTime(const struct ::stat& source, EntryAt made) const;
     const struct ::stat* ownerOf(const SourceFile& source, const Standing& standing) const noexcept;

@@ -3,11 +3,9 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "runtime/storage/providers/local/posix/error_code.h"
@@ -19,16 +17,6 @@ namespace korvex::runtime::storage::posix {
 namespace vfs = foundation::storage::vfs;
 
 namespace {
-
-std::vector<std::string> componentsOf(std::string_view path) {
-    std::vector<std::string> components;
-    for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        if (end > begin) components.emplace_back(path.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return components;
-}
 
 vfs::AbsoluteIRI levelsAbove(vfs::AbsoluteIRI location, std::size_t levels) {
     for (; levels > 0; --levels)

@@ -3,7 +3,7 @@
 // Each folder is opened relative to the one above it, without following a link, so a link that somebody swaps
 // in leads nowhere. Only so many handles stay open at a time, whatever the depth: the ones not used for
 // longest are closed, and opened again when needed by going down from the nearest open folder above. A folder
-// that is not the same one then (device and inode) raises `resourceNotFound`.
+// that is not the same one then (device and inode) counts as gone: ENOENT.
 //
 // A walk may have two sides, the tree that is read and the one that is written; both have the same shape.
 #pragma once
@@ -51,6 +51,7 @@ public:
     struct ::stat status {};
     /// For the walk and its visitor.
     bool wasCreated = false;
+    bool handsAccessListsOn = true;
     bool wasEntered = false;
     bool wasLeft = false;
     int readings = 0;

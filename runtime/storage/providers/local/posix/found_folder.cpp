@@ -55,6 +55,22 @@ HandleBudget& budget() {
     return handles;
 }
 
+/// A listing's share of the handles for as long as it is kept; none when there are too many listings.
+class HandleShare {
+public:
+    HandleShare() : handles_(budget().take()) {}
+    ~HandleShare() {
+        if (handles_ != 0) budget().giveBack(handles_);
+    }
+    HandleShare(const HandleShare&) = delete;
+    HandleShare& operator=(const HandleShare&) = delete;
+
+    std::size_t handles() const noexcept { return handles_; }
+
+private:
+    const std::size_t handles_;
+};
+
 std::string lastComponent(const AbsoluteIRI& location) {
     const std::u16string& path = location.parts().path;
     std::string bytes;
@@ -65,17 +81,9 @@ std::string lastComponent(const AbsoluteIRI& location) {
 }  // namespace
 
 /// The folders of one listing and of the listings below it.
-class FoundFolder::KeptTree {
-public:
-    explicit KeptTree(std::size_t mostOpen) : folders(mostOpen), mostOpen_(mostOpen) {}
-    ~KeptTree() { budget().giveBack(mostOpen_); }
-    KeptTree(const KeptTree&) = delete;
-    KeptTree& operator=(const KeptTree&) = delete;
-
-    FolderTree folders;
-
-private:
-    const std::size_t mostOpen_;
+struct FoundFolder::KeptTree {
+    const HandleShare share;
+    FolderTree folders{share.handles()};
 };
 
 std::shared_ptr<const FoundFolder> FoundFolder::keep(FileDescriptor folder, const AbsoluteIRI& location) {
@@ -85,9 +93,8 @@ std::shared_ptr<const FoundFolder> FoundFolder::keep(FileDescriptor folder, cons
     if (above && !isBelow(*above, folder.get(), location)) above = nullptr;
     std::shared_ptr<KeptTree> tree = above ? above->tree_ : nullptr;
     if (!tree) {
-        const std::size_t mostOpen = budget().take();
-        if (mostOpen == 0) return nullptr;
-        tree = std::make_shared<KeptTree>(mostOpen);
+        tree = std::make_shared<KeptTree>();
+        if (tree->share.handles() == 0) return nullptr;
     }
     auto kept = std::make_shared<TreeFolder>(tree->folders, above ? above->folder_ : nullptr,
                                              lastComponent(location));

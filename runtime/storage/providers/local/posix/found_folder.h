@@ -15,7 +15,7 @@
 namespace korvex::runtime::storage::posix {
 
 class FoundFolder : public FoundPlace {
-    class KeptTree;
+    struct KeptTree;
 
 public:
     /// Keeps a folder that is open for listing; `location` is its own. Null when so many listings are kept

@@ -17,11 +17,6 @@ namespace {
 
 constexpr std::uint64_t unchangeable = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
 
-std::string folderOf(EntryAt entry) {
-    const std::string path = entry.name;
-    return path.substr(0, path.rfind('/') + 1) + ".";
-}
-
 bool mayBeWritten(int folder, const char* name) noexcept {
     return ::faccessat(folder, name, W_OK | X_OK, AT_EACCESS) == 0;
 }
@@ -42,7 +37,7 @@ int statusOf(int folder, const char* name, struct ::statx& status) noexcept {
 }  // namespace
 
 int obstacleToLeaving(EntryAt entry) {
-    const std::string folder = folderOf(entry);
+    const std::string folder = beside(entry, ".");
     struct ::statx own {};
     struct ::statx above {};
     if (const int systemError = statusOf(entry.folder, entry.name, own)) return systemError;

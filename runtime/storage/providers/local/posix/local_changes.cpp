@@ -1,11 +1,12 @@
 // The local provider on POSIX systems: permissions, listing, making and removing.
-#include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -13,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/location.h"
 #include "runtime/storage/name_pattern.h"
 #include "runtime/storage/providers/local/local_provider.h"
@@ -22,7 +24,9 @@
 #include "runtime/storage/providers/local/posix/folder_entries.h"
 #include "runtime/storage/providers/local/posix/found_folder.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
+#include "runtime/storage/providers/local/posix/permission_bits.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
 #include "runtime/text/encoding.h"
@@ -37,6 +41,7 @@ using posix::raiseSystemError;
 
 namespace {
 
+constexpr const char16_t* changingPermissions = u"changing permissions";
 /// How often a folder is emptied that somebody keeps filling.
 constexpr int mostRounds = 64;
 /// So many looks take longer than to start a thread for half of them.
@@ -44,17 +49,7 @@ constexpr std::size_t worthAThread = 1024;
 
 /// Links followed. Raises `vfs::Exception` when the system cannot tell.
 bool isThere(const AbsoluteIRI& location, struct ::stat& status) {
-    int systemError = 0;
-    std::string path;
-    if (location.parts().found) {
-        systemError = posix::statusOfFound(location, posix::Links::follow, status);
-    } else {
-        if (!posix::nativePathOf(location, path)) return false;
-        systemError = posix::statusOf(path, posix::Links::follow, status);
-    }
-    if (systemError == 0) return true;
-    if (posix::meansNothingThere(systemError)) return false;
-    raiseSystemError(systemError, location, u"asking whether it is writable");
+    return posix::lookUp(location, posix::Links::follow, status, u"asking whether it is writable");
 }
 
 /// The write bits, and whether the process may write. `status` is that of what stands there, links followed.
@@ -76,28 +71,46 @@ public:
         if (path.substr(0, slash) != path_) open(path.substr(0, slash), location);
         std::string name;
         struct ::stat status {};
-        return folder_ && text::toBytes(path.substr(slash + 1), name) &&
+        return folder_ && text::toBytes(path.substr(slash + 1), name) && name.size() <= NAME_MAX &&
                name.find('\0') == std::string::npos &&
-               ::fstatat(folder_.get(), name.c_str(), &status, 0) != 0 && errno == ENOENT;
+               (isEmpty_ || (::fstatat(folder_.get(), name.c_str(), &status, 0) != 0 && errno == ENOENT));
     }
 
 private:
     void open(std::u16string_view path, const AbsoluteIRI& location) {
         path_ = path;
         folder_ = {};
+        isEmpty_ = false;
         const AbsoluteIRI above = location.getParent();
         std::string bytes;
         struct ::stat status {};
         if (!posix::nativePathOf(above, bytes)) return;
         int systemError = 0;
         FileDescriptor folder = posix::openFolderByPath(bytes, systemError);
-        if (folder && ::fstat(folder.get(), &status) == 0 && isWritableAt(above, status))
-            folder_ = std::move(folder);
+        if (!folder || ::fstat(folder.get(), &status) != 0 || !isWritableAt(above, status)) return;
+        folder_ = std::move(folder);
+        isEmpty_ = hasNoEntry(folder_.get());
+    }
+
+    /// False, too, where it cannot be told.
+    static bool hasNoEntry(int folder) {
+        const FileDescriptor listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!listed) return false;
+        posix::FolderEntry entry{};
+        int systemError = 0;
+        return !posix::FolderEntries(listed.get()).next(entry, systemError) && systemError == 0;
     }
 
     std::u16string path_;
     FileDescriptor folder_;
+    bool isEmpty_ = false;
 };
+
+mode_t bitsOf(mode_t mode) noexcept { return mode & 07777; }
+
+mode_t withWriteBits(mode_t mode, bool isWritable) noexcept {
+    return isWritable ? bitsOf(mode) | 0200 : bitsOf(mode) & ~mode_t{0222};
+}
 
 bool leadsToFolder(int folder, const char* name) noexcept {
     struct ::stat status {};
@@ -110,6 +123,24 @@ FileDescriptor openListedFolder(const AbsoluteIRI& location) {
     FileDescriptor folder(::openat(place.folder(), place.name(), flags));
     if (!folder) raiseSystemError(errno, location, u"listing");
     return folder;
+}
+
+/// Sorted by name, with the place where they were found. Entries are large: they move once only.
+std::vector<ListedEntry> inOrder(std::vector<ListedEntry>& entries,
+                                 const std::shared_ptr<const FoundPlace>& found) {
+    std::vector<ListedEntry*> order;
+    order.reserve(entries.size());
+    for (ListedEntry& entry : entries)
+        order.push_back(&entry);
+    std::sort(order.begin(), order.end(),
+              [](const ListedEntry* a, const ListedEntry* b) { return a->name < b->name; });
+    std::vector<ListedEntry> sorted;
+    sorted.reserve(entries.size());
+    for (ListedEntry* const entry : order) {
+        sorted.push_back(std::move(*entry));
+        sorted.back().found = found;
+    }
+    return sorted;
 }
 
 /// Opens the folder itself, no link in its place.
@@ -169,19 +200,26 @@ std::size_t LocalProvider::firstUnwritable(std::span<const AbsoluteIRI> location
 void LocalProvider::setWritable(const AbsoluteIRI& location, bool isWritable) {
     // Protection is taken off for what is to come, and that will not come.
     if (isWritable) stopIfInterrupted(location);
+    if (isWritable && posix::isJustSeenWritable(location)) return;
+    if (!isWritable) posix::forgetWritable();
     const Place place(location);
+    struct ::stat status {};
+    const auto isRight = [&] {
+        return S_ISLNK(status.st_mode) || withWriteBits(status.st_mode, isWritable) == bitsOf(status.st_mode);
+    };
     // A link that a listing gave stands for itself: what it leads to may lie outside of what is worked on.
     const int links = place.isFound() ? AT_SYMLINK_NOFOLLOW : 0;
-    struct ::stat status {};
-    if (::fstatat(place.folder(), place.name(), &status, links) != 0) {
-        raiseSystemError(errno, location, u"changing permissions");
-    }
-    if (S_ISLNK(status.st_mode)) return;
-    const mode_t bits = status.st_mode & 07777;
-    const mode_t wanted = isWritable ? bits | 0200 : bits & ~mode_t{0222};
-    if (wanted != bits && ::fchmodat(place.folder(), place.name(), wanted, links) != 0) {
-        raiseSystemError(errno, location, u"changing permissions");
-    }
+    if (::fstatat(place.folder(), place.name(), &status, links) != 0)
+        raiseSystemError(errno, location, changingPermissions);
+    if (isRight()) return;
+    // The bits are read from the very file that gets them back: by its name it could be another one by then.
+    const int flags = O_PATH | O_CLOEXEC | (place.isFound() ? O_NOFOLLOW : 0);
+    const FileDescriptor file(::openat(place.folder(), place.name(), flags));
+    if (!file || ::fstat(file.get(), &status) != 0) raiseSystemError(errno, location, changingPermissions);
+    if (isRight()) return;
+    const mode_t bits = withWriteBits(status.st_mode, isWritable);
+    if (const int systemError = posix::changeBits(file.get(), bits))
+        raiseSystemError(systemError, location, changingPermissions);
 }
 
 std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u16string_view pattern) {
@@ -193,6 +231,7 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
     int systemError = 0;
     std::vector<ListedEntry> listed;
     while (entries.next(entry, systemError)) {
+        if (interpreter::isInterruptPending()) stopIfInterrupted(location);
         std::u16string name = text::fromBytes(entry.name);
         if (!wanted.matches(name)) continue;
         const bool isFolder =
@@ -201,13 +240,7 @@ std::vector<ListedEntry> LocalProvider::list(const AbsoluteIRI& location, std::u
         listed.push_back({std::move(name), isFolder, entry.kind == posix::EntryKind::file, nullptr});
     }
     if (systemError != 0) raiseSystemError(systemError, location, u"listing");
-    if (const auto found = posix::FoundFolder::keep(std::move(folder), location)) {
-        for (ListedEntry& listedEntry : listed)
-            listedEntry.found = found;
-    }
-    std::sort(listed.begin(), listed.end(),
-              [](const ListedEntry& a, const ListedEntry& b) { return a.name < b.name; });
-    return listed;
+    return inOrder(listed, posix::FoundFolder::keep(std::move(folder), location));
 }
 
 std::shared_ptr<const FoundPlace> LocalProvider::hold(const AbsoluteIRI& folder) {
@@ -243,7 +276,11 @@ void LocalProvider::removeFolder(const AbsoluteIRI& folder, FolderRemovalPolicy 
     // A link to a folder goes itself; what it leads to stays.
     const int flags = S_ISLNK(status.st_mode) ? 0 : AT_REMOVEDIR;
     for (int round = 0;; ++round) {
-        if (::unlinkat(place.folder(), place.name(), flags) == 0) return;
+        if (::unlinkat(place.folder(), place.name(), flags) == 0) {
+            // Of one that was emptied, what it held has been told.
+            if (round == 0 && policy == vfs::RemoveWithContents) tellOfOneItem([&] { return folder; });
+            return;
+        }
         const bool isNotEmpty = errno == ENOTEMPTY || errno == EEXIST;
         if (!isNotEmpty) raiseSystemError(errno, folder, u"removing");
         if (policy == vfs::RemoveEmptyFolder || round == mostRounds)

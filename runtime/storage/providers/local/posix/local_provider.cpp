@@ -5,12 +5,15 @@
 #include <signal.h>
 
 #include <cerrno>
+#include <exception>
 #include <string>
 
 #include "runtime/storage/location.h"
+#include "runtime/storage/providers/local/posix/entry_at.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::runtime::storage {
@@ -22,13 +25,14 @@ using posix::meansNothingThere;
 
 namespace {
 
-/// False when nothing is there. Raises `vfs::Exception` when the system cannot tell.
-bool lookUp(const AbsoluteIRI& location, const std::string& path, Links links, struct ::stat& status) {
-    const int systemError = location.parts().found ? posix::statusOfFound(location, links, status)
-                                                   : posix::statusOf(path, links, status);
-    if (systemError == 0) return true;
-    if (meansNothingThere(systemError)) return false;
-    posix::raiseSystemError(systemError, location, u"existence");
+constexpr const char16_t* asking = u"existence";
+
+/// Raises `vfs::Exception` when the system cannot tell.
+bool areOneItem(const AbsoluteIRI& one, const AbsoluteIRI& other, Links links) {
+    struct ::stat status;
+    struct ::stat otherStatus;
+    return posix::lookUp(one, links, status, asking) && posix::lookUp(other, links, otherStatus, asking) &&
+           posix::isSameFile(status, otherStatus);
 }
 
 }  // namespace
@@ -42,29 +46,44 @@ LocalProvider::LocalProvider() {
 }
 
 ExistenceType LocalProvider::existence(const AbsoluteIRI& location) {
-    // The buffer lives on: this is called in loops over very many locations.
-    thread_local std::string path;
     struct ::stat status;
-    if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::follow, status)) {
-        return provider::AsNeither;
-    }
+    if (!posix::lookUp(location, Links::follow, status, asking)) return provider::AsNeither;
     return S_ISDIR(status.st_mode) ? provider::AsFolder : provider::AsFile;
 }
 
 ExistenceTypeExtended LocalProvider::extendedExistence(const AbsoluteIRI& location) {
-    std::string path;
     struct ::stat status;
-    if (!posix::nativePathOf(location, path) || !lookUp(location, path, Links::tellApart, status)) {
-        return provider::ExtendedNothing;
-    }
+    if (!posix::lookUp(location, Links::tellApart, status, asking)) return provider::ExtendedNothing;
     if (S_ISDIR(status.st_mode)) {
         location.parts().isKnownFolder = true;
         return provider::ExtendedFolder;
     }
-    if (S_ISREG(status.st_mode)) return provider::ExtendedFile;
+    if (S_ISREG(status.st_mode)) {
+        if ((status.st_mode & S_IWUSR) != 0) posix::rememberWritable(location);
+        return provider::ExtendedFile;
+    }
     if (!S_ISLNK(status.st_mode)) return provider::ExtendedDevice;
-    if (!lookUp(location, path, Links::follow, status)) return provider::ExtendedBrokenLink;
+    if (!posix::lookUp(location, Links::follow, status, asking)) return provider::ExtendedBrokenLink;
     return S_ISDIR(status.st_mode) ? provider::ExtendedLinkToFolder : provider::ExtendedLinkToFile;
+}
+
+bool LocalProvider::isSameFile(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept {
+    try {
+        // Of two that are not there, or that are different files, the canonical forms need not be made.
+        const bool isOneFile = areOneItem(one, other, Links::follow);
+        return isOneFile && canonicalLocation(one) == canonicalLocation(other);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+bool LocalProvider::isSameFolder(const AbsoluteIRI& one, const AbsoluteIRI& other) noexcept {
+    try {
+        // A folder has one name; of others the answer would be another question's.
+        return extendedExistence(one) == provider::ExtendedFolder && areOneItem(one, other, Links::tellApart);
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 CanonicalAbsoluteIRI LocalProvider::canonicalLocation(const AbsoluteIRI& location) {

@@ -16,6 +16,7 @@
 #include "runtime/storage/providers/local/posix/file_transfer.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/place.h"
+#include "runtime/storage/providers/local/posix/recent_look.h"
 #include "runtime/storage/providers/local/posix/tree_operations.h"
 #include "runtime/storage/transfer_progress.h"
 #include "runtime/storage/transfers.h"
@@ -40,8 +41,6 @@ constexpr const char16_t* copying = u"copying";
 constexpr const char16_t* moving = u"moving";
 /// How often a folder is emptied that somebody keeps filling.
 constexpr int mostRounds = 64;
-
-EntryAt entryAt(const Place& place) noexcept { return {place.folder(), place.name()}; }
 
 void raiseIfFailed(const Failure& failure, const AbsoluteIRI& source, const AbsoluteIRI& destination,
                    const char16_t* context) {
@@ -69,7 +68,7 @@ void refuseOwnSubtree(LocalProvider& local, const AbsoluteIRI& source, const Abs
     // By where the folders are and not by their paths: what is mounted twice has several of those.
     const Place inner(existing);
     const Place outer(source);
-    if (posix::isAtOrBelow(entryAt(inner), entryAt(outer)))
+    if (posix::isAtOrBelow(inner.entry(), outer.entry()))
         throw vfs::Exception(vfs::invalidLocation, destination, context);
 }
 
@@ -93,13 +92,13 @@ DestinationFolder openDestination(const Place& place, const AbsoluteIRI& locatio
 
 [[noreturn]] void raiseRenameFailure(int systemError, const Place& from, const AbsoluteIRI& source,
                                      const AbsoluteIRI& destination) {
-    const bool isAtSource = posix::sideOfFailedRenaming(entryAt(from), systemError) == posix::sourceSide;
+    const bool isAtSource = posix::sideOfFailedRenaming(from.entry(), systemError) == posix::sourceSide;
     raiseSystemError(systemError == EISDIR ? EEXIST : systemError, isAtSource ? source : destination, moving);
 }
 
 /// Between file systems: what could not go from its source in the end is not copied in the first place.
 void refuseImmovable(const Place& from, const AbsoluteIRI& source) {
-    if (const int systemError = posix::obstacleToLeaving(entryAt(from)))
+    if (const int systemError = posix::obstacleToLeaving(from.entry()))
         raiseSystemError(systemError, source, moving);
 }
 
@@ -108,13 +107,6 @@ bool isOnAnotherDevice(const Place& destination, const struct ::stat& source) {
     struct ::stat folder {};
     const Place above(destination, ".");
     return statusAt(above, 0, folder) && folder.st_dev != source.st_dev;
-}
-
-/// A whole folder that was renamed is one item.
-void tellMoved(const AbsoluteIRI& source) {
-    ProgressCounter counter;
-    counter.found(1, 0);
-    counter.finished(1, 0, [&] { return source; });
 }
 
 /// Removes what was made on the way to something that failed; what went wrong first is what is told.
@@ -169,7 +161,7 @@ void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const Abs
                         {openForReading(staging, O_NOFOLLOW, destination, moving), destination}, true, policy,
                         &copied);
         settle(copy, copied, destination);
-        const int systemError = posix::renameOntoNothing(entryAt(staging), entryAt(to));
+        const int systemError = posix::renameOntoNothing(staging.entry(), to.entry());
         if (systemError != 0) raiseSystemError(systemError, destination, moving);
     } catch (...) {
         undo(staging, destination);
@@ -218,6 +210,7 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
 void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                              ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     ProgressCounter counter;
     const auto location = [&] { return source; };
     std::uint64_t bytes = 0;
@@ -230,7 +223,7 @@ void LocalProvider::copyFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     const Place from(source);
     const Place to(destination);
     FileTransfer transfer(policy);
-    const auto copy = [&] { return transfer.copyFollowing(entryAt(from), entryAt(to), progress.watcher()); };
+    const auto copy = [&] { return transfer.copyFollowing(from.entry(), to.entry(), progress.watcher()); };
     Failure failure = copy();
     // What was made ahead may have taken the room that this one needs.
     const bool mayTryAgain = failure && failure.systemError != posix::interruptedError && ahead != nullptr;
@@ -246,6 +239,7 @@ std::unique_ptr<WorkAhead> LocalProvider::copyAhead(std::vector<FilePair> files,
 void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                              ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     ProgressCounter counter;
     const auto location = [&] { return source; };
     posix::FileProgress progress(counter, location);
@@ -257,7 +251,7 @@ void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
     if (isOnAnotherDevice(to, status)) refuseImmovable(from, source);
     FileTransfer transfer(policy, true);
     const Failure failure =
-        transfer.move(entryAt(from), posix::kindOfMode(status.st_mode), entryAt(to), progress.watcher());
+        transfer.move(from.entry(), posix::kindOfMode(status.st_mode), to.entry(), progress.watcher());
     if (failure && failure.side == posix::destinationSide) {
         // The system does not say which of the two names it means.
         raiseRenameFailure(failure.systemError, from, source, destination);
@@ -269,6 +263,7 @@ void LocalProvider::moveFile(const AbsoluteIRI& source, const AbsoluteIRI& desti
 void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                                ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     const Place from(source);
     FileDescriptor folder = openForReading(from, 0, source, copying);
     refuseOwnSubtree(*this, source, destination, copying);
@@ -281,6 +276,7 @@ void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
 void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,
                                ReplacementPolicy policy) {
     stopIfInterrupted(source);
+    posix::forgetWritable();
     const Place from(source);
     const Place to(destination);
     struct ::stat status {};
@@ -298,14 +294,14 @@ void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
                           S_ISDIR(standing.st_mode);
     if (isTaken && !mayMerge) raiseSystemError(EEXIST, destination, moving);
     if (isTaken) return mergeFolder(*this, source, from, destination, to, policy);
-    const int systemError = posix::renameOntoNothing(entryAt(from), entryAt(to));
-    if (systemError == 0) return tellMoved(source);
+    const int systemError = posix::renameOntoNothing(from.entry(), to.entry());
+    if (systemError == 0) return tellOfOneItem([&] { return source; });
     if (systemError != EXDEV) raiseRenameFailure(systemError, from, source, destination);
     if (!isLink) return moveFolderByCopying(source, from, destination, to, policy);
     FileTransfer transfer(provider::ReplaceWritable, true);
-    raiseIfFailed(transfer.move(entryAt(from), EntryKind::link, entryAt(to), nullptr), source, destination,
+    raiseIfFailed(transfer.move(from.entry(), EntryKind::link, to.entry(), nullptr), source, destination,
                   moving);
-    tellMoved(source);
+    tellOfOneItem([&] { return source; });
 }
 
 }  // namespace korvex::runtime::storage

@@ -20,9 +20,7 @@ constexpr int mostWaits = 6000;
 
 /// 0, or why it is no file.
 int lookAt(const FileDescriptor& opened, struct ::stat& status) noexcept {
-    if (::fstat(opened.get(), &status) != 0) return errno;
-    if (S_ISREG(status.st_mode)) return 0;
-    return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
+    return ::fstat(opened.get(), &status) == 0 ? unlessFile(status) : errno;
 }
 
 /// Somebody's lease on a file is being taken from them: in steps, so that an interrupt is noticed.
@@ -33,6 +31,11 @@ void waitForLease() noexcept {
 }
 
 }  // namespace
+
+int unlessFile(const struct ::stat& status) noexcept {
+    if (S_ISREG(status.st_mode)) return 0;
+    return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
+}
 
 FileDescriptor openForReading(EntryAt entry, Links links, struct ::stat& status, int& systemError,
                               Lease lease) noexcept {

@@ -9,6 +9,9 @@
 
 namespace korvex::runtime::storage::posix {
 
+/// 0, or why it is no file: EISDIR for a folder, EOPNOTSUPP for a device, pipe or socket.
+int unlessFile(const struct ::stat& status) noexcept;
+
 /// What becomes of a file on which somebody has a lease: it is waited for until they give it up, or the
 /// system takes it from them, or it is left alone with EAGAIN.
 enum class Lease { isAwaited, isLeft };

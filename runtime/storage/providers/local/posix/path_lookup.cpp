@@ -13,13 +13,13 @@
 #include <utility>
 #include <vector>
 
+#include "runtime/storage/providers/local/posix/entry_at.h"
+
 namespace korvex::runtime::storage::posix {
 
 namespace {
 
 constexpr std::size_t pieceLimit = PATH_MAX - 1;
-/// As many as the system itself follows in one path.
-constexpr int mostLinks = 40;
 
 /// Opens the folders in front of the last piece of a path, and cuts them off; 0 or the errno. What is left is
 /// short enough for one call relative to `folder`.
@@ -45,22 +45,9 @@ int statusInPieces(std::string_view path, Links links, struct ::stat& status) {
 
 /// Splits a path into its components, in reverse, behind those that are still to come.
 void pushComponents(std::string_view path, std::vector<std::string>& pending) {
-    std::vector<std::string> components;
-    for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        if (end > begin) components.emplace_back(path.substr(begin, end - begin));
-        begin = end + 1;
-    }
+    std::vector<std::string> components = componentsOf(path);
     pending.insert(pending.end(), std::make_move_iterator(components.rbegin()),
                    std::make_move_iterator(components.rend()));
-}
-
-/// The target of a link, or an empty text.
-std::string linkTarget(int folder, const std::string& name) {
-    std::string target(PATH_MAX, '\0');
-    const ssize_t length = ::readlinkat(folder, name.c_str(), target.data(), target.size());
-    target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
-    return target;
 }
 
 /// Resolves a path component by component, each looked up relative to the open folder before it.
@@ -99,7 +86,7 @@ private:
 
     int follow(const std::string& name) {
         if (++linksFollowed_ > mostLinks) return ELOOP;
-        const std::string target = linkTarget(folder_.get(), name);
+        const std::string target = linkTargetOf({folder_.get(), name.c_str()});
         if (target.empty()) return ENOENT;
         pushComponents(target, pending_);
         return target.front() == '/' ? start() : 0;
@@ -112,6 +99,16 @@ private:
 };
 
 }  // namespace
+
+std::vector<std::string> componentsOf(std::string_view path) {
+    std::vector<std::string> components;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (end > begin) components.emplace_back(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return components;
+}
 
 int enterFolder(FileDescriptor& folder, const std::string& path) noexcept {
     const int base = folder ? folder.get() : AT_FDCWD;

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 
@@ -16,6 +18,12 @@ enum class Links { follow, tellApart };
 
 /// As `stat` or `lstat`: 0, or the errno. `path` is absolute and holds no NUL.
 int statusOf(const std::string& path, Links links, struct ::stat& status) noexcept;
+
+/// As many links as the system itself follows in one path.
+inline constexpr int mostLinks = 40;
+
+/// The names between the slashes; empty ones are left out.
+std::vector<std::string> componentsOf(std::string_view path);
 
 /// Errors that say: there is nothing of that name, and cannot be.
 bool meansNothingThere(int systemError) noexcept;

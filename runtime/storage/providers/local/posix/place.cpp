@@ -26,6 +26,15 @@ std::string nativeNameOf(const vfs::AbsoluteIRI& location) {
     return bytes;
 }
 
+/// 0 or the errno.
+int statusOfFound(const vfs::AbsoluteIRI& location, Links links, struct ::stat& status) {
+    int systemError = 0;
+    const Place place(location, systemError);
+    if (systemError != 0) return systemError;
+    const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    return ::fstatat(place.folder(), place.name(), &status, flags) == 0 ? 0 : errno;
+}
+
 /// Room for the name of a temporary file in the same folder.
 constexpr std::size_t longestDirectPath = PATH_MAX - 64;
 
@@ -73,12 +82,15 @@ Place::Place(const Place& other, const std::string& name)
 
 std::string Place::lastComponent() const { return name_.substr(name_.rfind('/') + 1); }
 
-int statusOfFound(const vfs::AbsoluteIRI& location, Links links, struct ::stat& status) {
-    int systemError = 0;
-    const Place place(location, systemError);
-    if (systemError != 0) return systemError;
-    const int flags = links == Links::follow ? 0 : AT_SYMLINK_NOFOLLOW;
-    return ::fstatat(place.folder(), place.name(), &status, flags) == 0 ? 0 : errno;
+bool lookUp(const vfs::AbsoluteIRI& location, Links links, struct ::stat& status, const char16_t* context) {
+    // The buffer lives on: this is called in loops over very many locations.
+    thread_local std::string path;
+    if (!nativePathOf(location, path)) return false;
+    const int systemError =
+        location.parts().found ? statusOfFound(location, links, status) : statusOf(path, links, status);
+    if (systemError == 0) return true;
+    if (meansNothingThere(systemError)) return false;
+    raiseSystemError(systemError, location, context);
 }
 
 vfs::AbsoluteIRI behindLink(const vfs::AbsoluteIRI& location) {

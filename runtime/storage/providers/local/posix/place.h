@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/storage_vfs.h"
+#include "runtime/storage/providers/local/posix/entry_at.h"
 #include "runtime/storage/providers/local/posix/file_descriptor.h"
 #include "runtime/storage/providers/local/posix/found_folder.h"
 #include "runtime/storage/providers/local/posix/path_lookup.h"
@@ -24,6 +25,7 @@ public:
     /// For the system's calls that take a folder and a name.
     int folder() const noexcept { return folder_; }
     const char* name() const noexcept { return name_.c_str(); }
+    EntryAt entry() const noexcept { return {folder_, name_.c_str()}; }
     /// Without the path in front.
     std::string lastComponent() const;
     /// Named by what a listing gave, relative to the folder that was listed.
@@ -45,9 +47,11 @@ std::string nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location);
 /// The same without an exception: false, with `bytes` in an unspecified state.
 bool nativePathOf(const foundation::storage::vfs::AbsoluteIRI& location, std::string& bytes);
 
-/// As `statusOf` of a path, for an entry that a listing gave, in the folder in which it was found: 0 or the
-/// errno.
-int statusOfFound(const foundation::storage::vfs::AbsoluteIRI& location, Links links, struct ::stat& status);
+/// What stands at a location: of an entry that a listing gave, in the folder in which it was found. False
+/// when nothing is there, or no name on this disk can read so. Raises `vfs::Exception` with that context when
+/// the system cannot tell.
+bool lookUp(const foundation::storage::vfs::AbsoluteIRI& location, Links links, struct ::stat& status,
+            const char16_t* context);
 
 /// Where a file is written that is sent onto a link to a file: what the link leads to is replaced, not the
 /// link. Of any other location, the location itself.

@@ -7,6 +7,7 @@
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/storage/providers/local/posix/error_code.h"
+#include "runtime/storage/providers/local/posix/file_attributes.h"
 #include "runtime/storage/providers/local/posix/file_progress.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/tree_failures.h"
@@ -49,7 +50,10 @@ public:
     bool enter(TreeFolder& folder) override {
         if (interpreter::isInterruptPending())
             stopIfInterrupted(locationBelow(source_, folder.relativePath()));
-        if (!folder.parent()) return true;
+        if (!folder.parent()) {
+            askForAccessLists(folder);
+            return true;
+        }
         if (const int systemError = tree_->open(folder, sourceSide)) fail({systemError, sourceSide}, folder);
         // Reached by whatever way, the copy must not find itself.
         if (isSameFile(folder.status, target_))
@@ -60,6 +64,7 @@ public:
             fail({systemError == ENOTDIR || systemError == ELOOP ? EEXIST : systemError, destinationSide},
                  folder);
         }
+        askForAccessLists(folder);
         if (copied_ != nullptr) {
             refuseUnlessApart(folder);
             copied_->addFolder(folder);
@@ -79,7 +84,8 @@ public:
         }
         const Failure failure =
             transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
-                           {handles[destinationSide]->get(), entry.name.c_str()}, progress.watcher());
+                           {handles[destinationSide]->get(), entry.name.c_str()}, progress.watcher(),
+                           {folder.wasCreated, folder.handsAccessListsOn});
         if (failure) raise(failure, locationIn(sideOf(failure), folder, entry.name));
         progress.finish();
     }
@@ -116,6 +122,14 @@ private:
         if (systemError == 0 && isSameFile(folder.status, standing)) systemError = EBUSY;
         if (systemError != 0) fail({systemError, destinationSide}, folder);
         if (standing.st_dev != target_.st_dev) copied_->noteFurtherDisk();
+    }
+
+    /// Of a folder that was here before, each new entry is asked: somebody may change what it hands on.
+    void askForAccessLists(TreeFolder& folder) {
+        int systemError = 0;
+        const FolderTree::Handle made =
+            folder.wasCreated ? tree_->handle(folder, destinationSide, systemError) : nullptr;
+        folder.handsAccessListsOn = !made || handsAccessListsOn(made->get());
     }
 
     void makeDestination(TreeFolder& folder) {

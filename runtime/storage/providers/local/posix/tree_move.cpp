@@ -1,6 +1,5 @@
 // Moving of trees, entry by entry, into folders that exist.
 #include <fcntl.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>

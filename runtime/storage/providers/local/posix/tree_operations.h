@@ -1,7 +1,8 @@
 // What is done to whole trees: copying, removing, moving entry by entry. (Listing: tree_listing.h.)
 //
 // All raise `vfs::Exception` at the location of the entry that failed, below the location given for its side.
-// All look at the pending-interrupt flag between entries, and tell a progress observer how far they are.
+// All look at the pending-interrupt flag between entries, and tell a progress observer how far they are; but
+// of what a move removes nothing is told, for it was told when it was copied.
 #pragma once
 
 #include "platform/storage_vfs.h"

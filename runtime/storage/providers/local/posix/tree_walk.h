@@ -12,7 +12,6 @@
 #include <condition_variable>
 #include <deque>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
