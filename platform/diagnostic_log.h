@@ -6,8 +6,7 @@
 //
 //   auto& logger = korvex::io::filesystem::core::log::getLogger();
 //   if (logger.isEnabled(foundation::log::severity::flowOfControl)) {
-//       if (auto record = logger.openRecord(foundation::log::severity::flowOfControl)) record << "went
-//       there";
+//       if (auto record = logger.openRecord(foundation::log::severity::flowOfControl)) record << "went by";
 //   }
 #pragma once
 

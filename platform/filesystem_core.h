@@ -124,8 +124,7 @@ public:
     /// is none; an absolute one stays as it is; the empty name stands for nothing.
     ///
     /// - Something stands there under just this name: it is added, and behind a folder all that it holds at
-    /// any
-    ///   depth, each folder before its contents, entries by 16-bit unit.
+    ///   any depth, each folder before its contents, entries by 16-bit unit.
     /// - Otherwise the last component is a pattern (`Folder::listAll`): each entry that matches is added, and
     ///   nothing below it.
     ///

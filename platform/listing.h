@@ -36,11 +36,10 @@ using ListingDisplay = void (*)(std::vector<FileNameWithStatLight>& entries, con
 /// Lists what `pattern` matches in and below `folder`; true when there was anything.
 ///
 /// The parts of a pattern stand between separators ("/" alone when `isIri`, the platform's otherwise). In a
-/// part
-/// `*` matches any run of 16-bit units and `?` one unit; names compare as the platform's names do. The part
-/// `**` matches any number of folders, none included; as the last one it matches all entries below, too. An
-/// entry matched by a last part without wildcards is opened when it is a folder: its contents are listed in
-/// its stead; so is a folder whose path is the whole pattern, with every `?` in it and no `*`. An empty
+/// part `*` matches any run of 16-bit units and `?` one unit; names compare as the platform's names do. The
+/// part `**` matches any number of folders, none included; as the last one it matches all entries below, too.
+/// An entry matched by a last part without wildcards is opened when it is a folder: its contents are listed
+/// in its stead; so is a folder whose path is the whole pattern, with every `?` in it and no `*`. An empty
 /// pattern is `folder` itself. `.` and `..` are never listed, all other entries are. Links to folders are
 /// listed as folders, and walked into only where the pattern names them without wildcards.
 ///
@@ -54,10 +53,9 @@ using ListingDisplay = void (*)(std::vector<FileNameWithStatLight>& entries, con
 /// A folder below `folder` that has gone meanwhile or may not be read is passed over. Nothing is found where
 /// `folder` does not exist; only if it is `currentFolder`, which is the text of the current folder, that
 /// raises `Exception<KORVEX::services::cwdIsInvalid>`. Raises `Exception<KORVEX::dir::SuccessiveGlobs>` for
-/// two parts
-/// `**` in a row, `UnsupportedIRISchemeException`, what the display raises, and `vfs::Exception` when
-/// `folder` may not be read or the storage fails, with what was collected so far lost. A pending interrupt is
-/// not looked at, but it ends the wait for a web location, of which nothing is found then.
+/// two parts `**` in a row, `UnsupportedIRISchemeException`, what the display raises, and `vfs::Exception`
+/// when `folder` may not be read or the storage fails, with what was collected so far lost. A pending
+/// interrupt is not looked at, but it ends the wait for a web location, of which nothing is found then.
 bool ioGetDirListRecursive(const foundation::storage::vfs::AbsoluteIRI& folder, std::u16string_view pattern,
                            std::vector<FileNameWithStatLight>& entries, const std::u16string& prefix,
                            bool isIri, ListingDisplay display, const std::u16string& currentFolder);

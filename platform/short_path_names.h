@@ -6,7 +6,12 @@
 
 #ifdef _WIN32
 
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
 #include <windows.h>
+// A component of the messages has this name.
+#undef DELETE
 
 /// The system's own calls over 16-bit text: the units written, without the terminator; 0 when nothing stands
 /// at the path, and a number above `units` when the buffer is too small for it.

@@ -5,6 +5,10 @@
 // `getName` gives decoded text, and the constructor from parent and name encodes. A location carries no
 // separator at its end, but for a root; a web location keeps its path and query as they were typed. Locations
 // are cheap to copy and may be shared between threads.
+//
+// Every operation of a handle raises `UnsupportedIRISchemeException` for a scheme that nobody serves, unless
+// it says that it raises nothing. Listing, transferring, removing, and taking protection off raise
+// `vfs::Exception` with `unknownError` while an interrupt is pending; the interrupt stays pending.
 #pragma once
 
 #include <boost/variant.hpp>
@@ -279,9 +283,12 @@ public:
     /// Moves the file, or the link, to the destination; a failure leaves the source whole. Raises as
     /// `copyFile`.
     void moveFile(const File& destination, const provider::ReplacementPolicy& policy) const;
-    /// Removes a file or a link, whatever its permission bits. Raises `invalidLocation` for a folder.
+    /// Removes a file or a link, whatever its permission bits. Raises `invalidLocation` for a folder,
+    /// `resourceNotFound`, `permissionDenied`, ...
     void removeFile() const;
-    /// Sets or clears the write bits: the owner's when set, all when cleared.
+    /// Sets or clears the write bits: the owner's when set, all when cleared. Links are followed, but one
+    /// that a listing gave is left alone: what it leads to may lie elsewhere. Raises `resourceNotFound`,
+    /// `permissionDenied`, ...
     void setWritable(bool isWritable) const;
     const StorageSystemReference& storage() const noexcept { return storage_; }
 
@@ -313,6 +320,7 @@ public:
     bool folderExists() const;
     /// Raises `vfs::Exception`: `resourceNotFound` when nothing is there.
     CanonicalAbsoluteIRI getCanonicalLocation() const;
+    /// Raises `resourceNotFound` when no folder is there.
     provider::FolderAttributes getAttributes() const;
 
     /// Copies the folder with all it holds, its links as links. The first failure stops it; files copied
@@ -320,7 +328,8 @@ public:
     /// destination that the policy does not let it go into, `invalidLocation` for a destination inside of the
     /// source, and as `File::copyFile`.
     void copyFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const;
-    /// Moves the folder. Nothing leaves the source before it stands whole at the destination.
+    /// Moves the folder. Nothing leaves the source before it stands whole at the destination. Raises as
+    /// `copyFolder`; what is left in the source is whole.
     void moveFolder(const Folder& destination, const provider::ReplacementPolicy& policy) const;
     /// Never leaves the folder's own tree: a link in it is removed and not followed. Raises `folderNotEmpty`,
     /// `resourceNotFound`, ... ; what could be removed before the failure is gone.
@@ -331,6 +340,7 @@ public:
     /// The same with every missing folder above it. `resourceAlreadyExists` carries the location of what
     /// stood in the way.
     void createFolderRecursive() const;
+    /// As `File::setWritable`.
     void setWritable(bool isWritable) const;
     /// The entries whose names match, sorted by 16-bit unit: `*` stands for any run of units and `?` for one;
     /// the empty pattern lists everything, one without wildcard just that name. Raises `resourceNotFound`

@@ -4,29 +4,14 @@
 #include <array>
 
 #include "io/filesystem/filemanip/CopyMoveFiles_options.h"
+#include "io/filesystem/filemanip/CopyMoveFiles_steps.h"
 #include "io/filesystem/filemanip/command_frame.h"
 #include "io/filesystem/filemanip/command_frame_trace.h"
-#include "platform/filesystem_core.h"
 #include "platform/message_identifiers.h"
 
 namespace korvex::filemanip {
 
 namespace vfs = foundation::storage::vfs;
-namespace core = io::filesystem::core;
-
-namespace {
-
-/// False, too, where it cannot be told.
-bool isLink(const vfs::Item& item) {
-    try {
-        return core::isSymlink(core::getExtendedExistenceType(vfs::getLocation(item), true));
-    } catch (const vfs::Exception&) {
-        traceCurrentException();
-        return false;
-    }
-}
-
-}  // namespace
 
 // --- options ---
 
@@ -122,13 +107,11 @@ void MoveFiles::doVfsOperation(const Item& source, const Item& destination, bool
     if (force_) {
         try {
             wasReadOnly = !vfs::isWritable(source);
-        } catch (const vfs::Exception&) {
-            traceCurrentException();
         } catch (const std::exception&) {
             traceCurrentException();
         }
         // A link goes itself: what it leads to stays where it is, and protected.
-        if (wasReadOnly && isLink(source)) {
+        if (isLink(source)) {
             wasReadOnly = false;
         } else {
             makeWritable(source);

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <boost/optional.hpp>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -129,7 +128,8 @@ private:
     bool targetsAreWritable(const std::vector<const Item*>& items, const Folder& destination,
                             std::vector<Item>& targets);
     void copyWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy);
-    void moveWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy);
+    void moveWholeFolder(const Folder& source, const Folder& target, ReplacementPolicy policy,
+                         bool restoreReadOnly);
 
     // From a failure of a transfer to its message.
     bool reportTransferFailure(const StorageFailure& failure, const Item& source, const Item& destination);

@@ -44,6 +44,8 @@ public:
         if (removed_.empty()) return;
         foundation::core::except::Notification notification;
         manager_.restorePathEntries(snapshot_, notification);
+        for (const resource_core::BaseMsgID& message : notification.messages())
+            kxWarningMsgId(message);
     }
 
     void warnOfEach() const {
@@ -78,9 +80,8 @@ void CopyMoveFiles::performOperation(const Folder& source, const TransferRequest
     if (request.isCopy) {
         copyWholeFolder(source, target, policy);
     } else {
-        moveWholeFolder(source, target, policy);
+        moveWholeFolder(source, target, policy, request.restoreReadOnly);
     }
-    if (request.restoreReadOnly) protectAgain(target);
 }
 
 void CopyMoveFiles::copyWholeFolder(const Folder& source, const Folder& target,
@@ -97,21 +98,25 @@ void CopyMoveFiles::copyWholeFolder(const Folder& source, const Folder& target,
 }
 
 void CopyMoveFiles::moveWholeFolder(const Folder& source, const Folder& target,
-                                    provider::ReplacementPolicy policy) {
+                                    provider::ReplacementPolicy policy, bool restoreReadOnly) {
     using namespace KORVEX::MOVEFILE;
     DetachedPathEntries entries(source.getLocation());
+    bool isMoved = false;
     try {
         warnOf<MovedFolderFromEditablePackage, MovedFolderFromPackage>(
             noticeFolderInPackage(source, PackageNoticeMode::fromPackage));
         source.moveFolder(target, policy);
+        isMoved = true;
         warnOf<MovedFolderIntoEditablePackage, MovedFolderIntoPackage>(
             noticeFolderInPackage(target, PackageNoticeMode::intoPackage));
     } catch (...) {
         traceCurrentException();
         entries.putBack();
+        if (isMoved && restoreReadOnly) protectAgain(target);
         throw;
     }
     entries.warnOfEach();
+    if (restoreReadOnly) protectAgain(target);
 }
 
 }  // namespace korvex::filemanip

@@ -18,6 +18,9 @@ inline std::u16string displayText(const foundation::storage::vfs::AbsoluteIRI& l
     return locationText(location, isRemoteLocation(location));
 }
 
+/// Whether the item is a link; false, too, where it cannot be told.
+bool isLink(const foundation::storage::vfs::Item& item);
+
 /// Whether the location has a parent and something stands there. Raises what `exists` raises.
 bool doesParentExist(const foundation::storage::vfs::AbsoluteIRI& location);
 

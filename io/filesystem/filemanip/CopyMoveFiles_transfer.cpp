@@ -6,6 +6,7 @@
 #include "io/filesystem/filemanip/CopyMoveFiles_steps.h"
 #include "io/filesystem/filemanip/command_frame_path_intake.h"
 #include "io/filesystem/filemanip/command_frame_trace.h"
+#include "platform/filesystem_core.h"
 #include "platform/kx.h"
 #include "platform/message_identifiers.h"
 #include "platform/path_management.h"
@@ -14,6 +15,7 @@ namespace korvex::filemanip {
 
 namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
+namespace core = io::filesystem::core;
 using Velquist::PathManagement::GetStringFromIRI;
 
 namespace {
@@ -59,21 +61,28 @@ void CopyMoveFiles::reportNoSuchFolder(const AbsoluteIRI& target, ExistenceType 
     setStatusException("OSError", KORVEX::FILE::NeitherFileNorFolder());
 }
 
+bool isLink(const vfs::Item& item) {
+    try {
+        return core::isSymlink(core::getExtendedExistenceType(vfs::getLocation(item), true));
+    } catch (const vfs::Exception&) {
+        traceCurrentException();
+        return false;
+    }
+}
+
 bool doesParentExist(const vfs::AbsoluteIRI& location) {
     return location.hasParent() && vfs::exists(location.getParent(), storageSystem()) != provider::AsNeither;
 }
 
 bool CopyMoveFiles::callVfsAPI(const Item& source, const Item& destination) {
     const TraceScope scope(traceLogger(), KORVEX_FUNCTION_SIGNATURE, copyMoveSourceFile, __LINE__);
-    if (force_) makeWritable(destination);
+    // A move takes the place of a link itself: what that leads to keeps its protection.
+    if (force_ && (isCopy() || !isLink(destination))) makeWritable(destination);
     try {
         doVfsOperation(source, destination, force_);
         return true;
     } catch (const vfs::Exception& failure) {
         return reportTransferFailure(failure, source, destination);
-    } catch (const boost::bad_get&) {
-        reportByKey("OSError");
-        return false;
     } catch (...) {
         reportByKey("OSError");
         return false;
@@ -102,9 +111,15 @@ void CopyMoveFiles::performOperation(const File& source, const TransferRequest& 
             noticeFileInPackage(source, PackageNoticeMode::fromPackage));
     }
     source.moveFile(target, policy);
-    if (mayGiveNotices_) {
-        warnOf<KORVEX::MOVEFILE::MovedFileIntoPackage>(
-            noticeFileInPackage(target, PackageNoticeMode::intoPackage));
+    try {
+        if (mayGiveNotices_) {
+            warnOf<KORVEX::MOVEFILE::MovedFileIntoPackage>(
+                noticeFileInPackage(target, PackageNoticeMode::intoPackage));
+        }
+    } catch (...) {
+        // That the question failed does not cost the protection of what has moved.
+        if (request.restoreReadOnly) protectAgain(target);
+        throw;
     }
     if (request.restoreReadOnly) protectAgain(target);
 }

@@ -20,8 +20,6 @@ namespace {
 
 using CurrentFolderGone = except::Exception<KORVEX::services::cwdIsInvalid>;
 
-const std::u16string linkOption = u"resolvesymboliclinks";
-
 std::u16string readText(const kxArray* argument) { return std::u16string(textOfArgument(argument, true)); }
 
 bool isEmptyName(const kxArray* argument) {
@@ -68,13 +66,13 @@ bool readRemovalArguments(int nlhs, kxArray* plhs[], int nrhs, const kxArray* pr
         const bool isRecursion = text == u"s" || text == u"S";
         if (!isOption) {
             arguments.paths.push_back(std::move(text));
-        } else if (isRecursion || !core::validateRuleName(text, linkOption)) {
+        } else if (isRecursion || !core::validateRuleName(text, linkOptionName)) {
             // The engine refuses what is no option of its own.
             arguments.options.push_back(std::move(text));
         } else {
             ++i;
             const kxArray* const value = i < nrhs ? prhs[i] : nullptr;
-            if (linkOptionValue(value)) arguments.options.push_back(linkOption);
+            if (linkOptionValue(value)) arguments.options.push_back(linkOptionName);
         }
     }
     return true;

@@ -3,6 +3,7 @@
 #include "io/filesystem/filemanip/DirManip.h"
 #include "io/filesystem/filemanip/DirManip_search_path.h"
 #include "io/filesystem/filemanip/command_frame.h"
+#include "io/filesystem/filemanip/command_frame_link_option.h"
 #include "io/filesystem/filemanip/command_frame_status_messages.h"
 #include "io/filesystem/filemanip/command_frame_trace.h"
 #include "platform/dispatcher.h"
@@ -23,7 +24,7 @@ using Status = core::Status;
     raise(KORVEX::RMDIR::InvalidOption(option));
 }
 
-bool isLinkOption(const std::u16string& option) { return option == u"resolvesymboliclinks"; }
+bool isLinkOption(const std::u16string& option) { return option == linkOptionName; }
 
 /// A message under its own identifier; a success becomes a failure.
 template <class Message>

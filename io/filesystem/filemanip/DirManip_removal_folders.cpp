@@ -252,7 +252,8 @@ void RemoveDir::removeEmptied(FolderRemoval& removal, const Progress& progress) 
     trace(severity::rawValue, [&](auto& record) { record << "folder Location: " << folder.getLocation(); });
     if (!removal.isLink && folder.getLocation().getScheme() == u"file") {
         updateWindowsPath(folder.getLocation());
-        progress.removedFolders.push_back(folder.getLocation());
+        // By its text: the location itself would keep what was listed open.
+        progress.removedFolders.emplace_back(folder.getLocation().toString());
     }
 }
 

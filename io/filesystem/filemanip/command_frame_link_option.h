@@ -5,6 +5,8 @@
 
 namespace korvex::filemanip {
 
+inline constexpr const char16_t* linkOptionName = u"resolvesymboliclinks";
+
 /// A real double scalar counts as true when it is greater than 0, so that a negative number and a NaN do not;
 /// a logical scalar counts as what it is. Raises "KORVEX:io:common:validation:InternalError" with "Expected
 /// double scalar" for any other double, with "Expected logical scalar" for everything else, null included.

@@ -33,7 +33,7 @@ bool endsWithLinkOption(int nrhs, const kxArray* prhs[]) {
     const kxArray* rule = prhs[nrhs - 2];
     if (isNumber(rule) || !isOneText(rule)) return false;
     std::u16string text = readText(rule);
-    return core::validateRuleName(text, u"resolvesymboliclinks");
+    return core::validateRuleName(text, linkOptionName);
 }
 
 /// A number is no file name: it is the handle of something drawn.

@@ -44,19 +44,6 @@ std::u16string requireCurrentFolder() {
     }
 }
 
-std::u16string textOfScalar(const kxArray* argument) {
-    if (kxGetClassID(argument) == kxCHAR_CLASS) {
-        const std::span<const char16_t> units = kxGetChars(argument);
-        return {units.begin(), units.end()};
-    }
-    if (!Velquist::String::isString(argument) || kxGetNumberOfElements(argument) != 1) {
-        raise(KORVEX::string::MustBeStringScalarOrCharacterVector());
-    }
-    const std::optional<std::u16string>& text = Velquist::String::getString(argument)[0];
-    if (!text) raise(KORVEX::string::MissingNotSupported());
-    return *text;
-}
-
 /// A "file" location without an absolute path takes its canonical form; every other text stays.
 std::u16string canonicalizeLocation(const std::u16string& text) {
     const vfs::AbsoluteIRI iri = GetIRIFromString(text);
@@ -152,7 +139,7 @@ void DirListing::takeArgument(const kxArray* argument) {
         raise(KORVEX::string::MustBeSingleString(labelText(KORVEX::string::Name())),
               "KORVEX:dir:invalidInputType");
     }
-    typedText_ = textOfScalar(argument);
+    typedText_ = textOfArgument(argument, true);
     workPath_ = typedText_;
     folderPrefix_ = typedText_;
 }

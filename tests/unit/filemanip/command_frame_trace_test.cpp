@@ -179,7 +179,7 @@ TEST(TraceScopeTest, WithMaskZeroThereIsNoRecordNoIndentAndNoLock) {
     const std::string none = traceOf(0, true);
     EXPECT_EQ(none, "");
 
-    const auto held = runtime::log::diagnosticSource().holdOpening();
+    auto held = runtime::log::diagnosticSource().holdOpening();
     std::promise<int> depthInside;
     std::future<int> answer = depthInside.get_future();
     std::thread function([&] {
@@ -189,9 +189,11 @@ TEST(TraceScopeTest, WithMaskZeroThereIsNoRecordNoIndentAndNoLock) {
         depthInside.set_value(indent_attribute::depth());
     });
     // A function that waited for the lock would never answer.
-    ASSERT_EQ(answer.wait_for(std::chrono::seconds(60)), std::future_status::ready);
-    EXPECT_EQ(answer.get(), 0);
+    const std::future_status status = answer.wait_for(std::chrono::seconds(60));
+    held.unlock();
     function.join();
+    ASSERT_EQ(status, std::future_status::ready);
+    EXPECT_EQ(answer.get(), 0);
 }
 
 TEST(TraceScopeTest, KeepsItsSourceAndTheCompilersSignature) {

@@ -50,9 +50,12 @@ public:
 
 private:
     Steps transfer(Operation operation, const std::u16string& source, const std::u16string& target) const {
-        Steps steps{{Operation::setWritable, target, Handler::nobody, When::forced}};
+        Steps steps;
+        if (!isCopy_) steps.push_back({Operation::extendedExistence, target, Handler::nobody, When::forced});
+        steps.push_back({Operation::setWritable, target, Handler::nobody, When::forced});
         if (!isCopy_) {
             steps.push_back({Operation::isWritable, source, Handler::nobody, When::forced});
+            steps.push_back({Operation::extendedExistence, source, Handler::nobody, When::forced});
             steps.push_back({Operation::setWritable, source, Handler::nobody, When::forced});
         }
         steps.push_back({operation, source, Handler::transfer, When::always, target});

@@ -266,6 +266,26 @@ TEST_P(UnreadableRegistryTest, FailureIsToldAsAnyOtherOfTheStorage) {
     }
 }
 
+TEST_P(MoveNoticesTest, FailedQuestionAfterAForcedMoveCostsNoProtection) {
+    put(u"/d/");
+    storage_.protect(path(u"/fixed/file"));
+    storage_.protect(path(u"/fixed/sub"));
+    // The registry becomes unreadable with the warning that comes before the move.
+    const std::filesystem::path registry = configuration_.path() / "korvex" / "packages.json";
+    const std::filesystem::path aside = configuration_.path() / "aside";
+    const auto earlier = runtime::interpreter::setWarningReceiver([&](const auto&) {
+        std::filesystem::rename(registry, aside);
+        std::filesystem::create_directory(registry);
+    });
+    for (const std::u16string name : {u"file", u"sub"}) {
+        EXPECT_NE(run(u"/fixed/" + name, u"/d", {u"f"}), noFailure());
+        EXPECT_FALSE(storage_.memory->isWritable(storage_.at(path(u"/d/" + name))));
+        std::filesystem::remove(registry);
+        std::filesystem::rename(aside, registry);
+    }
+    runtime::interpreter::setWarningReceiver(earlier);
+}
+
 /// The two questions themselves, which other commands ask too.
 class NoticeQuestionsTest : public PackageNoticesTest {
 protected:

@@ -87,9 +87,28 @@ TEST_F(LinksTest, LinkToTheFolderThatOneStandsInIsMovedItself) {
 }
 
 TEST_F(LinksTest, MovedLinkLeavesTheProtectionOfWhatItLeadsTo) {
+    for (const fs::perms bits : {fs::perms(0444), fs::perms(0464)}) {
+        fs::permissions(scratch_.path() / "file", bits);
+        EXPECT_EQ(failureOf(moveCommand, Texts{u"toFile", u"moved", u"f"}), noFailure());
+        EXPECT_EQ(whatIs("moved"), "link to file");
+        EXPECT_EQ(fs::status(scratch_.path() / "file").permissions(), bits);
+        EXPECT_EQ(failureOf(moveCommand, Texts{u"moved", u"toFile"}), noFailure());
+    }
+}
+
+TEST_F(LinksTest, LinkThatAForcedMoveReplacesLeavesTheProtectionOfWhatItLeadsTo) {
     fs::permissions(scratch_.path() / "file", fs::perms(0444));
-    EXPECT_EQ(failureOf(moveCommand, Texts{u"toFile", u"d", u"f"}), noFailure());
-    EXPECT_EQ(whatIs("d/toFile"), "link to file");
+    EXPECT_EQ(failureOf(moveCommand, Texts{u"folder/inner", u"toFile", u"f"}), noFailure());
+    EXPECT_EQ(whatIs("toFile"), "I");
+    EXPECT_EQ(whatIs("file"), "F");
+    EXPECT_EQ(fs::status(scratch_.path() / "file").permissions(), fs::perms(0444));
+}
+
+TEST_F(LinksTest, LinkAmongTheTargetsOfAForcedMoveLeavesTheProtectionOfWhatItLeadsTo) {
+    fs::permissions(scratch_.path() / "file", fs::perms(0444));
+    link("../file", "d/inner");
+    EXPECT_EQ(failureOf(moveCommand, Texts{u"folder/i*", u"d", u"f"}), noFailure());
+    EXPECT_EQ(whatIs("d/inner"), "I");
     EXPECT_EQ(fs::status(scratch_.path() / "file").permissions(), fs::perms(0444));
 }
 

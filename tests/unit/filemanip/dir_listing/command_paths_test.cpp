@@ -95,8 +95,7 @@ TEST_F(DirCommandTest, StringScalarIsTakenLikeACharacterVector) {
     EXPECT_EQ(listing(0, {string(u"sub").get()}).printed, "\na  \n\n");
 }
 
-// ---------------------------------------------------------------------------------------------- what is
-// listed
+// ----------------------------------------------------------------------------------------- what is listed
 
 TEST_F(DirCommandTest, WithoutAnArgumentTheCurrentFolderIsPrintedWithoutAHeader) {
     makeFiles({"b", "A", "sub/inner", ".hidden"});

@@ -84,7 +84,7 @@ protected:
     static void listerRaises(const Failure& failure) {
         fakeLister().answer = [failure](std::size_t, Entries&) -> bool { throw failure; };
     }
-    /// Calls up to that number raise a copy; the next one finds an entry.
+    /// The first call raises a copy; the next ones find an entry.
     template <class Failure>
     static void listerRaisesAtFirst(const Failure& failure) {
         fakeLister().answer = [failure](std::size_t number, Entries& entries) {
@@ -111,8 +111,7 @@ protected:
     std::u16string here_;
 };
 
-// ------------------------------------------------------------------------------------- what the lister is
-// asked
+// ------------------------------------------------------------------------------- what the lister is asked
 
 TEST_F(FakeListerTest, WithoutAnArgumentItIsAskedForEverythingInTheCurrentFolder) {
     print();
@@ -166,8 +165,7 @@ TEST_F(FakeListerTest, NegativeNumberOfOutputsShowsNoNamesAndStillSaysWhatIsNotT
                 ElementsAre(ListerCall{location(), u"name", u"name", false, nullptr, here_}));
 }
 
-// -------------------------------------------------------------------------------------------------- its
-// failures
+// ------------------------------------------------------------------------------------------- its failures
 
 TEST_F(FakeListerTest, InvalidLocationOfAPathIsTriedAgainWithASlashAndThenNotFound) {
     listerRaises(vfs::InvalidIRIException(u"bad"));
@@ -327,8 +325,7 @@ TEST_F(FakeListerTest, InterruptStaysPendingWhereALineIsTheWholeAnswer) {
     interruptedBy(vfs::UnsupportedIRISchemeException(u"gopher"));
 }
 
-// ------------------------------------------------------------------------------------------------ what it
-// reports
+// ---------------------------------------------------------------------------------------- what it reports
 
 TEST_F(FakeListerTest, NotFoundIsALineAlthoughEntriesCame) {
     fakeLister().answer = [](std::size_t, Entries& entries) {

@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <fstream>
 #include <mutex>
+#include <stop_token>
 #include <thread>
 
 #include "runtime/messages/environment_messages.h"
@@ -198,10 +198,9 @@ TEST_F(DirManipPermissionTest, FolderThatMayNotBeEnteredHidesWhatIsInIt) {
 }
 
 TEST_F(DirManipSafetyTest, FolderThatIsSwappedForALinkMeanwhileLeadsNowhere) {
-    std::atomic<bool> isOver{false};
     std::mutex swapping;
-    std::thread swapper([&] {
-        while (!isOver.load()) {
+    const std::jthread swapper([&](const std::stop_token& isOver) {
+        while (!isOver.stop_requested()) {
             const std::lock_guard lock(swapping);
             ::renameat2(AT_FDCWD, diskPath("tree/inner").c_str(), AT_FDCWD, diskPath("link").c_str(),
                         RENAME_EXCHANGE);
@@ -217,8 +216,6 @@ TEST_F(DirManipSafetyTest, FolderThatIsSwappedForALinkMeanwhileLeadsNowhere) {
         EXPECT_TRUE(isGuardedTreeWhole()) << "in round " << round;
         local_->forgetCalls();  // they hold what was listed
     }
-    isOver.store(true);
-    swapper.join();
 }
 
 }  // namespace

@@ -315,14 +315,16 @@ TEST_F(DirManipTraceTest, OfTheLastResort) {
 }
 
 TEST_F(DirManipTraceTest, WithoutItNothingIsWrittenAndNoLockIsTaken) {
-    const auto held = runtime::log::diagnosticSource().holdOpening();
+    auto held = runtime::log::diagnosticSource().holdOpening();
     std::promise<bool> made;
     std::future<bool> answer = made.get_future();
     std::thread command([&] { made.set_value(mkdir({u"a"}) == success()); });
     // A command that waited for the lock would never answer.
-    ASSERT_EQ(answer.wait_for(std::chrono::seconds(60)), std::future_status::ready);
-    EXPECT_TRUE(answer.get());
+    const std::future_status status = answer.wait_for(std::chrono::seconds(60));
+    held.unlock();
     command.join();
+    ASSERT_EQ(status, std::future_status::ready);
+    EXPECT_TRUE(answer.get());
     EXPECT_EQ(foundation::log::detail::indent_attribute::depth(), 0);
 }
 
