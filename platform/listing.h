@@ -54,8 +54,9 @@ using ListingDisplay = void (*)(std::vector<FileNameWithStatLight>& entries, con
 /// `folder` does not exist; only if it is `currentFolder`, which is the text of the current folder, that
 /// raises `Exception<KORVEX::services::cwdIsInvalid>`. Raises `Exception<KORVEX::dir::SuccessiveGlobs>` for
 /// two parts `**` in a row, `UnsupportedIRISchemeException`, what the display raises, and `vfs::Exception`
-/// when `folder` may not be read or the storage fails, with what was collected so far lost. A pending
-/// interrupt is not looked at, but it ends the wait for a web location, of which nothing is found then.
+/// when `folder` may not be read or the storage fails, with what was collected so far lost. Of a local
+/// folder a pending interrupt is not looked at; it ends the wait for a web location, of which nothing is
+/// found then.
 bool ioGetDirListRecursive(const foundation::storage::vfs::AbsoluteIRI& folder, std::u16string_view pattern,
                            std::vector<FileNameWithStatLight>& entries, const std::u16string& prefix,
                            bool isIri, ListingDisplay display, const std::u16string& currentFolder);

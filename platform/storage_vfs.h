@@ -7,7 +7,7 @@
 // are cheap to copy and may be shared between threads.
 //
 // Every operation of a handle raises `UnsupportedIRISchemeException` for a scheme that nobody serves, unless
-// it says that it raises nothing. Listing, transferring, removing, and taking protection off raise
+// it says that it raises nothing. Listing, transferring and removing, but for one empty folder, raise
 // `vfs::Exception` with `unknownError` while an interrupt is pending; the interrupt stays pending.
 #pragma once
 

@@ -96,6 +96,20 @@ TEST_P(WritingLinks, ALinkInAMergedFolderNeverTakesThePlaceOfWhatItLeadsTo) {
     }
 }
 
+TEST_P(WritingLinks, ALinkNeverTakesThePlaceOfALinkOnItsWay) {
+    provider_->makeFile(u"file", "content");
+    provider_->makeLink(u"target/link", u"../file");
+    provider_->makeLink(u"source/link", u"../target/link");
+    expectError(vfs::resourceAlreadyExists, u"target/link",
+                [&] { moveFile(u"source/link", u"target/link", ReplaceAny); });
+    expectError(vfs::resourceAlreadyExists, u"target/link",
+                [&] { copyFolder(u"source", u"target", MergeFolder); });
+    expectError(vfs::resourceAlreadyExists, u"target/link",
+                [&] { moveFolder(u"source", u"target", MergeFolder); });
+    EXPECT_EQ(contentOf(u"target/link"), "content");
+    EXPECT_EQ(provider_->linkTargetOf(u"source/link"), u"../target/link");
+}
+
 TEST_P(WritingLinks, ALinkTakesThePlaceOfAnotherLinkToTheSameFile) {
     provider_->makeFile(u"file", "content");
     provider_->makeLink(u"link", u"file");

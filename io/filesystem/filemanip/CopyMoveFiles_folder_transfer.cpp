@@ -111,8 +111,8 @@ void CopyMoveFiles::moveWholeFolder(const Folder& source, const Folder& target,
             noticeFolderInPackage(target, PackageNoticeMode::intoPackage));
     } catch (...) {
         traceCurrentException();
-        entries.putBack();
         if (isMoved && restoreReadOnly) protectAgain(target);
+        entries.putBack();
         throw;
     }
     entries.warnOfEach();

@@ -45,6 +45,7 @@ struct CopyMoveFiles::Endpoints {
 CopyMoveFiles::Status CopyMoveFiles::Process(std::vector<std::u16string> paths) {
     const TraceScope scope(traceLogger(), KORVEX_FUNCTION_SIGNATURE, copyMoveSourceFile, __LINE__);
     status_.code = Status::success;
+    mayGiveNotices_ = true;
     Endpoints ends;
     ends.source = paths[0];
     trace(severity::workingValue, [&](auto& record) { record << "Value of source string: " << ends.source; });

@@ -44,7 +44,8 @@ bool CopyMoveFiles::ProcessOneFile(const AbsoluteIRI& source, const AbsoluteIRI&
 
     const File sourceFile(source, storageSystem());
     const File targetFile(target, storageSystem());
-    if (sourceFile == targetFile) {
+    // A move takes the place of a link itself, which is another entry than what it leads to.
+    if (sourceFile == targetFile && (isCopy() || !isLink(targetFile))) {
         isIRI_ = false;
         setStatusException("SourceAndDestinationSame", KORVEX::FILE::SourceAndDestinationSame());
         return false;
@@ -65,8 +66,7 @@ bool isLink(const vfs::Item& item) {
     try {
         return core::isSymlink(core::getExtendedExistenceType(vfs::getLocation(item), true));
     } catch (const vfs::Exception&) {
-        traceCurrentException();
-        return false;
+        return false;  // what is done next will tell
     }
 }
 
@@ -76,8 +76,9 @@ bool doesParentExist(const vfs::AbsoluteIRI& location) {
 
 bool CopyMoveFiles::callVfsAPI(const Item& source, const Item& destination) {
     const TraceScope scope(traceLogger(), KORVEX_FUNCTION_SIGNATURE, copyMoveSourceFile, __LINE__);
-    // A move takes the place of a link itself: what that leads to keeps its protection.
-    if (force_ && (isCopy() || !isLink(destination))) makeWritable(destination);
+    // A file that is moved takes the place of a link itself: what that leads to keeps its protection.
+    const bool isFileMove = !isCopy() && boost::get<File>(&source) != nullptr;
+    if (force_ && !(isFileMove && isLink(destination))) makeWritable(destination);
     try {
         doVfsOperation(source, destination, force_);
         return true;

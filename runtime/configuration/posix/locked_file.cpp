@@ -13,6 +13,7 @@
 #include <future>
 #include <memory>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -97,15 +98,31 @@ int lock(int file, int how) noexcept {
     return 0;
 }
 
+/// Where no thread can be had.
+void awaitLockByAsking(int file) {
+    constexpr ::timespec step{0, 10'000'000};
+    for (;;) {
+        const int error = lock(file, LOCK_EX | LOCK_NB);
+        if (error == 0) return;
+        if (error != EWOULDBLOCK) raiseSystemError(error);
+        if (interpreter::isInterruptPending()) throw std::runtime_error(interruptedWaiting);
+        ::nanosleep(&step, nullptr);
+    }
+}
+
 /// Waits in the queue of the system, where nobody is passed over, on a thread of its own: one that waits
 /// there cannot be woken. After an interrupt it is left behind, and gives the lock back when it gets it.
 void awaitLock(const std::shared_ptr<FileDescriptor>& file) {
     constexpr auto step = std::chrono::milliseconds(10);
     std::promise<int> outcome;
     std::future<int> locked = outcome.get_future();
-    std::thread([file, told = std::move(outcome)]() mutable {
-        told.set_value(lock(file->get(), LOCK_EX));
-    }).detach();
+    try {
+        std::thread([file, told = std::move(outcome)]() mutable {
+            told.set_value(lock(file->get(), LOCK_EX));
+        }).detach();
+    } catch (const std::system_error&) {
+        return awaitLockByAsking(file->get());
+    }
     while (locked.wait_for(step) != std::future_status::ready) {
         if (interpreter::isInterruptPending()) throw std::runtime_error(interruptedWaiting);
     }

@@ -51,7 +51,8 @@ public:
 private:
     Steps transfer(Operation operation, const std::u16string& source, const std::u16string& target) const {
         Steps steps;
-        if (!isCopy_) steps.push_back({Operation::extendedExistence, target, Handler::nobody, When::forced});
+        if (operation == Operation::moveFile)
+            steps.push_back({Operation::extendedExistence, target, Handler::nobody, When::forced});
         steps.push_back({Operation::setWritable, target, Handler::nobody, When::forced});
         if (!isCopy_) {
             steps.push_back({Operation::isWritable, source, Handler::nobody, When::forced});

@@ -79,6 +79,19 @@ TEST_P(SamePlaceTest, FolderThatOneStandsInIsNeverSentAsAWholeByAnySpelling) {
     EXPECT_EQ(whatIs("p/real"), "folder");
 }
 
+TEST_F(LinksTest, LinkMovesOntoAnotherLinkToTheSameFile) {
+    link("./file", "other");
+    EXPECT_EQ(move(u"toFile", u"other"), noFailure());
+    EXPECT_EQ(whatIs("other"), "link to file");
+    EXPECT_EQ(whatIs("toFile"), "nothing");
+}
+
+TEST_F(LinksTest, FileMovesOntoALinkToItself) {
+    EXPECT_EQ(move(u"file", u"toFile"), noFailure());
+    EXPECT_EQ(whatIs("toFile"), "F");
+    EXPECT_EQ(whatIs("file"), "nothing");
+}
+
 TEST_F(LinksTest, LinkToTheFolderThatOneStandsInIsMovedItself) {
     runtime::dispatcher::setCurrentFolderPath(at(u"folder"));
     EXPECT_EQ(move(at(u"toFolder"), at(u"moved")), noFailure());

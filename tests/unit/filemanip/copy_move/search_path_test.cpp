@@ -16,6 +16,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 /// "/s" with "/s/one" and "/s/two" in it, their neighbour "/sibling", and "/other"; all of them are folders
 /// of the search path, which is kept in a folder on disk. Not on it is "/d".
@@ -61,6 +62,16 @@ TEST_F(MovedSearchPathTest, EachEntryBelowIsToldOfOnce) {
     EXPECT_TRUE(runtime::dispatcher::removeFromSearchPath({u"/s", u"/sibling"}).empty());
     EXPECT_EQ(move(u"/s", u"/d/new"), noFailure());
     EXPECT_THAT(environment_.takeWarnings(), ElementsAre(removed(u"/s/two"), removed(u"/s/one")));
+}
+
+TEST_F(MovedSearchPathTest, PathThatCannotBeWrittenBackIsWarnedOf) {
+    std::filesystem::permissions(configuration_.path() / "korvex" / "path.json",
+                                 std::filesystem::perms::owner_read);
+    storage_.provider->failCall(Operation::moveFolder, 1, {.code = vfs::ioError});
+    EXPECT_NE(move(u"/s", u"/d"), noFailure());
+    EXPECT_EQ(searchPath(), all_);
+    EXPECT_THAT(environment_.takeWarnings(), ElementsAre(StartsWith("KORVEX:host:searchPathNotWritten"),
+                                                         StartsWith("KORVEX:host:searchPathNotWritten")));
 }
 
 TEST_F(MovedSearchPathTest, FolderOffThePathLeavesItAlone) {

@@ -122,13 +122,17 @@ bool isAtOrBelow(EntryAt inner, EntryAt outer) {
     return false;
 }
 
-EndOfLink::EndOfLink(EntryAt link) : folder_(link.folder), name_(link.name) { systemError_ = follow(); }
+EndOfLink::EndOfLink(EntryAt link, const struct ::stat* watched)
+    : folder_(link.folder), name_(link.name), watched_(watched) {
+    systemError_ = follow();
+}
 
 int EndOfLink::follow() {
     for (int links = 0; links <= mostLinks; ++links) {
         struct ::stat status {};
         if (::fstatat(folder_, name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             return errno == ENOENT ? 0 : errno;
+        if (links > 0 && watched_ != nullptr && isSameFile(status, *watched_)) meetsWatched_ = true;
         if (!S_ISLNK(status.st_mode)) return 0;
         std::string target = linkTargetOf(entry());
         if (target.empty()) return errno;

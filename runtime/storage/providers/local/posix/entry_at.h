@@ -44,11 +44,13 @@ bool isAtOrBelow(EntryAt inner, EntryAt outer);
 /// Where a link leads in the end: an entry that is no link, and need not exist.
 class EndOfLink {
 public:
-    /// The name in `link` must live as long.
-    explicit EndOfLink(EntryAt link);
+    /// The name in `link` must live as long. `watched`: an entry that the way may meet.
+    explicit EndOfLink(EntryAt link, const struct ::stat* watched = nullptr);
     /// 0 or the errno.
     int systemError() const noexcept { return systemError_; }
     EntryAt entry() const noexcept { return {folder_, name_.c_str()}; }
+    /// Whether the watched entry is the end, or a link on the way there.
+    bool meetsWatched() const noexcept { return meetsWatched_; }
 
 private:
     int follow();
@@ -56,6 +58,8 @@ private:
     FileDescriptor opened_;
     int folder_;
     std::string name_;
+    const struct ::stat* watched_;
+    bool meetsWatched_ = false;
     int systemError_ = 0;
 };
 

@@ -57,10 +57,12 @@ bool leadsNowhere(int systemError) noexcept {
     return systemError == ENOENT || systemError == ENOTDIR || systemError == ELOOP;
 }
 
-/// Put in the place of what it leads to, a link would lead to itself, and the content be gone.
-bool leadsTo(EntryAt link, const struct ::stat& standing) noexcept {
+/// Put in the place of what it leads to, at any step on the way, a link would lead to itself, and what it led
+/// to be gone.
+bool leadsTo(EntryAt link, const struct ::stat& standing) {
     struct ::stat target {};
-    return ::fstatat(link.folder, link.name, &target, 0) == 0 && isSameFile(target, standing);
+    if (::fstatat(link.folder, link.name, &target, 0) == 0 && isSameFile(target, standing)) return true;
+    return S_ISLNK(standing.st_mode) && EndOfLink(link, &standing).meetsWatched();
 }
 
 /// Of the errors with which a file gets no name: whether any other file would meet them there.

@@ -27,12 +27,14 @@ constexpr long fchmodat2 = -1;  // no call at all
 int changeBits(int file, mode_t bits) noexcept {
     if (::syscall(fchmodat2, file, "", bits, AT_EMPTY_PATH) == 0) return 0;
     // Not known to the system, or to what filters its calls.
-    if (errno != ENOSYS && errno != EPERM) return errno;
+    const int refused = errno;
+    if (refused != ENOSYS && refused != EPERM) return refused;
     std::array<char, 32> path{};
     ::snprintf(path.data(), path.size(), "/proc/self/fd/%d", file);
     if (::chmod(path.data(), bits) == 0) return 0;
     // Open files may have no such names.
-    return errno == ENOENT ? EOPNOTSUPP : errno;
+    if (errno != ENOENT) return errno;
+    return refused == EPERM ? EPERM : EOPNOTSUPP;
 }
 
 }  // namespace korvex::runtime::storage::posix
