@@ -43,6 +43,10 @@ std::vector<std::u16string> textArguments(Arguments arguments) {
     return texts;
 }
 
+void requireNamed(std::u16string_view text, const resource_core::BaseMsgID& request) {
+    if (text.empty()) throw HostError("badArgument", request);
+}
+
 Outputs oneText(std::u16string_view text) {
     Outputs outputs;
     outputs.push_back(makeText(text));

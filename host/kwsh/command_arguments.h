@@ -21,6 +21,8 @@ std::string nameArgument(const Value& argument);
 /// The texts of all arguments in order; an argument may also be a cell or string array of texts. Raises the
 /// count error when there is no argument, and `HostError` "badArgument".
 std::vector<std::u16string> textArguments(Arguments arguments);
+/// Raises `HostError` "badArgument" with a text that tells what to name.
+void requireNamed(std::u16string_view text, const resource_core::BaseMsgID& request);
 
 Outputs oneText(std::u16string_view text);
 /// The lines as a cell column, or printed when no output is asked for.

@@ -16,7 +16,6 @@ namespace korvex::host {
 
 namespace vfs = foundation::storage::vfs;
 
-using foundation::core::except::Exception;
 using foundation::core::except::IException;
 using foundation::core::except::IMsgIDException;
 using foundation::core::except::IUserException;
@@ -92,7 +91,8 @@ bool isInterrupt(const Failure& failure) {
 }
 
 void raiseUndefined(std::string_view name) {
-    throw Exception<KORVEX::UndefinedFunction>(KORVEX::UndefinedFunction(runtime::text::fromBytes(name)));
+    throw HostError(Failure{std::string(KORVEX::UndefinedFunction::fullIdentifier),
+                            catalogText(messages::undefinedName(runtime::text::fromBytes(name)))});
 }
 
 }  // namespace korvex::host

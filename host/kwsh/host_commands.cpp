@@ -49,6 +49,7 @@ Outputs printFolder(Workspace&, int outputs, Arguments) {
 Outputs changeFolder(Workspace& workspace, int outputs, Arguments arguments) {
     if (arguments.empty()) return printFolder(workspace, outputs, arguments);
     const std::u16string folder = textArgument(arguments[0]);
+    requireNamed(folder, messages::folderNotNamed());
     try {
         runtime::dispatcher::setCurrentFolderPath(folder);
     } catch (const vfs::Exception& error) {

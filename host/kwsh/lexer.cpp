@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "host/kwsh/statement_reader.h"
+#include "runtime/interpreter/structure_display.h"
 
 namespace korvex::host {
 namespace {
@@ -165,9 +166,17 @@ private:
                (last.kind == TokenKind::symbol && (last.text == u")" || last.text == u"}"));
     }
 
+    /// One or two units, as a person can read it.
+    std::u16string characterHere() const {
+        std::u16string character(1, source_.unit());
+        const bool isFirstOfPair = (source_.unit() & 0xFC00) == 0xD800;
+        if (isFirstOfPair && (source_.unit(1) & 0xFC00) == 0xDC00) character += source_.unit(1);
+        return runtime::interpreter::visible(std::move(character));
+    }
+
     void readSymbol(char16_t unit) {
         if (symbols.find(unit) == std::u16string_view::npos) {
-            throw syntaxError(messages::characterWithoutMeaning(std::u16string(1, unit)), next_.position);
+            throw syntaxError(messages::characterWithoutMeaning(characterHere()), next_.position);
         }
         next_.kind = TokenKind::symbol;
         next_.text.assign(1, unit);

@@ -90,11 +90,13 @@ public:
         const wchar_t* line = ::el_wgets(editor_.get(), &count);
         if (runtime::interpreter::takeInterrupt()) {
             ::el_reset(editor_.get());
-            std::fputc('\n', stdout);
-            std::fflush(stdout);
+            endLine();
             return {InputEnd::interrupt, {}};
         }
-        if (line == nullptr || count <= 0) return {InputEnd::endOfInput, {}};
+        if (line == nullptr || count <= 0) {
+            endLine();
+            return {InputEnd::endOfInput, {}};
+        }
         std::u16string text = textBetween(line, line + count);
         while (text.ends_with(u'\n') || text.ends_with(u'\r'))
             text.pop_back();
@@ -111,6 +113,12 @@ private:
         LibeditEditor* self = nullptr;
         ::el_wget(editor, EL_CLIENTDATA, &self);
         return *self;
+    }
+
+    /// What comes next is not shown behind the prompt.
+    static void endLine() {
+        std::fputc('\n', stdout);
+        std::fflush(stdout);
     }
 
     static wchar_t* promptOf(EditLine* editor) { return selfOf(editor).prompt_.data(); }

@@ -54,11 +54,13 @@ bool isTableRule(std::u16string_view line) {
     return line.find_first_not_of(u"|-: ") == std::u16string_view::npos;
 }
 
-/// Signs alone would get lost among those of the sentence.
+/// Signs alone would get lost among those of the sentence. Brackets would not, and in quotes they would be
+/// read as a text.
 std::u16string codeText(std::u16string_view code) {
+    const bool isBracketed = code.starts_with(u'[') || code.starts_with(u'{') || code.starts_with(u'(');
     const bool hasWord = std::ranges::any_of(
         code, [](char16_t unit) { return isNameUnit(unit) || unit == u'\'' || unit == u'"'; });
-    return hasWord ? std::u16string(code) : u'\'' + std::u16string(code) + u'\'';
+    return hasWord || isBracketed ? std::u16string(code) : u'\'' + std::u16string(code) + u'\'';
 }
 
 struct Link {
@@ -149,6 +151,11 @@ std::vector<MarkdownBlock> readMarkdown(std::u16string_view document) {
         document.remove_prefix(std::min(end + 1, document.size()));
     }
     return reader.take();
+}
+
+std::u16string plainFirstCell(std::u16string_view cell) {
+    const bool isCodeAlone = cell.size() > 2 && cell.front() == u'`' && cell.find(u'`', 1) == cell.size() - 1;
+    return isCodeAlone ? std::u16string(cell.substr(1, cell.size() - 2)) : plainText(cell);
 }
 
 std::u16string plainText(std::u16string_view text) {

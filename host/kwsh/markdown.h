@@ -29,5 +29,7 @@ std::vector<MarkdownBlock> readMarkdown(std::u16string_view document);
 
 /// A text without the marks of code, emphasis and links.
 std::u16string plainText(std::u16string_view text);
+/// The same of the first cell of a table's row, where code that stands alone needs no quotes.
+std::u16string plainFirstCell(std::u16string_view cell);
 
 }  // namespace korvex::host

@@ -48,7 +48,7 @@ public:
             hasTitles_ = hasTitles_ || (rows_.empty() && row.front() != u"form");
             Row& cells = rows_.emplace_back();
             for (const std::u16string& cell : row)
-                cells.push_back(plainText(cell));
+                cells.push_back(cells.empty() ? plainFirstCell(cell) : plainText(cell));
             count_ = std::max(count_, cells.size());
         }
         for (Row& row : rows_)

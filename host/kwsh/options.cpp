@@ -33,13 +33,14 @@ constexpr OptionHelp stopHelp{"--stop-on-error", "",
                               "kwsh --json --stop-on-error build.k"};
 constexpr OptionHelp folderHelp{"--cd", "FOLDER", "the current folder at the start",
                                 "kwsh --cd /data clean.k"};
-constexpr OptionHelp configurationHelp{
-    "--config", "FOLDER", "where settings, search path and packages are kept", "kwsh --config ./settings"};
+constexpr OptionHelp configurationHelp{"--config", "FOLDER",
+                                       "where settings, search path, packages and history are kept",
+                                       "kwsh --config ./settings"};
 constexpr OptionHelp columnsHelp{"--columns", "N", "the width of the window in characters",
                                  "kwsh --columns 120 -e dir"};
 constexpr OptionHelp progressHelp{"--no-progress", "", "no line that tells how far a long command is",
                                   "kwsh --no-progress backup.k"};
-constexpr OptionHelp colourHelp{"--color", "WHEN",
+constexpr OptionHelp colourHelp{"--color=WHEN", "",
                                 "colours: auto (at a terminal, unless NO_COLOR is set), always or never",
                                 "kwsh --color=never clean.k"};
 constexpr OptionHelp traceHelp{"--trace[=MASK]", "",
@@ -86,6 +87,25 @@ ColourChoice colourChoiceOf(std::string_view text) {
     throw OptionError("--color takes auto, always or never, and not '" + std::string(text) + "'");
 }
 
+std::string_view withoutDashes(std::string_view name) {
+    return name.substr(std::min(name.find_first_not_of('-'), name.size()));
+}
+
+/// Too many values or too few. The parser's own words tell of numbers and types, and begin with the option.
+std::string mismatchText(const CLI::App& app, const CLI::ArgumentMismatch& error) {
+    const std::string_view words = error.what();
+    const std::string_view named = withoutDashes(words.substr(0, words.find_first_of(": ")));
+    for (const CLI::Option* option : app.get_options()) {
+        const std::string name = option->get_name();
+        if (withoutDashes(name) != named) continue;
+        if (option->get_items_expected_max() == 0) return name + " takes no value";
+        const bool isRepeated =
+            option->count() > 1 && option->get_multi_option_policy() == CLI::MultiOptionPolicy::Throw;
+        return name + (isRepeated ? " may be given once" : " needs a value");
+    }
+    return std::string(words);
+}
+
 void requireOneInput(const Options& options, bool isJson, bool isTranscript) {
     if (options.script && !options.statements.empty()) {
         throw OptionError("a script and -e cannot be given together");
@@ -119,10 +139,10 @@ Options parseOptions(std::vector<std::string> arguments) {
     app.add_option(namesOf(configurationHelp), options.configurationFolder, meaningOf(configurationHelp))
         ->check(isName);
     app.add_option(namesOf(columnsHelp), options.columns, meaningOf(columnsHelp))
-        ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000}));
+        ->check(CLI::Range(std::size_t{1}, mostColumns));
     addSwitch(progressHelp, options.isProgressUnwanted);
     std::optional<std::string> colours;
-    app.add_option(namesOf(colourHelp), colours, meaningOf(colourHelp));
+    app.add_option("--color", colours, meaningOf(colourHelp));
     // A switch that may carry a value behind "="; a word behind a blank is not its.
     std::optional<std::string> traceMask;
     app.add_flag("--trace{" + std::to_string(foundation::log::severity::all) + "}", traceMask,
@@ -134,6 +154,8 @@ Options parseOptions(std::vector<std::string> arguments) {
     std::ranges::reverse(arguments);  // as CLI11 takes them
     try {
         app.parse(std::move(arguments));
+    } catch (const CLI::ArgumentMismatch& error) {
+        throw OptionError(mismatchText(app, error));
     } catch (const CLI::ParseError& error) {
         throw OptionError(error.what());
     }

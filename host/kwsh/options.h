@@ -12,6 +12,9 @@
 
 namespace korvex::host {
 
+/// Characters in a line of the widest window.
+inline constexpr std::size_t mostColumns = 1'000'000;
+
 enum class OutputFormat { people, transcript, json };
 
 struct Options {

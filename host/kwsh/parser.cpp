@@ -53,6 +53,7 @@ public:
         }
         Expression shown = parseExpression();
         if (isAt(u"=")) throw syntaxError(messages::onlyWholeVariables(), peek().position);
+        refuseWords();
         requireEnd();
         return shown;
     }
@@ -100,15 +101,32 @@ private:
     bool isAt(std::u16string_view symbol) const { return isSymbol(peek(), symbol); }
     bool isAt(char16_t symbol) const { return isAt(std::u16string_view(&symbol, 1)); }
 
+    /// The symbol here is one that `refusals` knows; their end when it is none.
+    auto refusalHere() const {
+        const Token& token = peek();
+        return std::ranges::find_if(refusals, [&](const Refusal& candidate) {
+            return token.kind == TokenKind::symbol && token.text.size() == 1 &&
+                   candidate.symbols.find(token.text) != std::u16string_view::npos;
+        });
+    }
+
+    /// `name word` and `name -word` look like the command form of what is no command. With a blank on both
+    /// sides a symbol is meant as an operator.
+    void refuseWords() const {
+        if (at_ != 1 || tokens_[0].kind != TokenKind::name || !peek().isAfterBlank) return;
+        const TokenKind kind = peek().kind;
+        const bool isWord = kind == TokenKind::name || kind == TokenKind::number ||
+                            kind == TokenKind::charText || kind == TokenKind::stringText;
+        if (isWord || (refusalHere() != refusals.end() && !peek(1).isAfterBlank))
+            throw syntaxError(messages::wordsBehindNoCommand(tokens_[0].text), peek().position);
+    }
+
     [[noreturn]] void raiseUnexpected(const BaseMsgID& wanted) const { raiseUnexpected(catalogText(wanted)); }
 
     [[noreturn]] void raiseUnexpected(const std::u16string& wanted) const {
         const Token& token = peek();
         if (token.kind == TokenKind::end) throw syntaxError(messages::neededAtEnd(wanted), token.position);
-        const auto refusal = std::ranges::find_if(refusals, [&](const Refusal& candidate) {
-            return token.kind == TokenKind::symbol && token.text.size() == 1 &&
-                   candidate.symbols.find(token.text) != std::u16string_view::npos;
-        });
+        const auto refusal = refusalHere();
         if (refusal != refusals.end()) throw syntaxError(refusal->message(token.text), token.position);
         throw syntaxError(messages::needed(wanted), token.position);
     }

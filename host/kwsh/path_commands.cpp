@@ -44,6 +44,13 @@ std::u16string reasonAgainstLoading(vfs::ErrorCode code, bool isNameAlone) {
     }
 }
 
+std::vector<std::u16string> foldersNamedBy(Arguments arguments) {
+    std::vector<std::u16string> folders = textArguments(arguments);
+    for (const std::u16string& folder : folders)
+        requireNamed(folder, messages::folderNotNamed());
+    return folders;
+}
+
 }  // namespace
 
 Outputs showPath(Workspace&, int outputs, Arguments) {
@@ -54,7 +61,7 @@ Outputs showPath(Workspace&, int outputs, Arguments) {
 }
 
 Outputs addToPath(Workspace&, int, Arguments arguments) {
-    const std::vector<std::u16string> folders = textArguments(arguments);
+    const std::vector<std::u16string> folders = foldersNamedBy(arguments);
     try {
         warnOf(environment::addToSearchPath(folders));
     } catch (const vfs::Exception& error) {
@@ -65,7 +72,7 @@ Outputs addToPath(Workspace&, int, Arguments arguments) {
 }
 
 Outputs removeFromPath(Workspace&, int, Arguments arguments) {
-    warnOf(environment::removeFromSearchPath(textArguments(arguments)));
+    warnOf(environment::removeFromSearchPath(foldersNamedBy(arguments)));
     return {};
 }
 
@@ -79,6 +86,7 @@ Outputs showFunctions(Workspace&, int outputs, Arguments) {
 Outputs loadFunction(Workspace&, int, Arguments arguments) {
     if (arguments.empty()) matrix::detail::error_minrhs();
     const std::u16string named = textArgument(arguments[0]);
+    requireNamed(named, messages::sourceFileNotNamed());
     try {
         environment::cacheFunction(sourceFile(named));
     } catch (const vfs::Exception& error) {

@@ -73,7 +73,7 @@ std::unique_ptr<Presenter> makeProgressLine(const Options& options, Presenter& p
         presenter, ProgressSurroundings{streams.errors, columns, std::chrono::steady_clock::now});
 }
 
-/// $COLUMNS, when it is a number of columns.
+/// $COLUMNS, when it is a number of columns that --columns would take.
 std::optional<std::size_t> columnsOfEnvironment() {
     const std::optional<std::u16string> value = process::environmentVariable("COLUMNS");
     if (!value) return std::nullopt;
@@ -81,7 +81,7 @@ std::optional<std::size_t> columnsOfEnvironment() {
     std::size_t columns = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), columns);
     const bool isNumber = result.ec == std::errc() && result.ptr == digits.data() + digits.size();
-    return isNumber && columns > 0 ? std::optional(columns) : std::nullopt;
+    return isNumber && columns > 0 && columns <= mostColumns ? std::optional(columns) : std::nullopt;
 }
 
 void setColumns(const Options& options) {

@@ -3,6 +3,7 @@
 
 #include "host/kwsh/evaluator.h"
 #include "host/kwsh/shell_output.h"
+#include "platform/foundation_filesystem.h"
 #include "runtime/dispatcher/current_folder.h"
 #include "runtime/dispatcher/folder_views.h"
 #include "runtime/interpreter/interrupts.h"
@@ -103,6 +104,7 @@ void StatementRunner::run(const CommandWords& command, bool isShown) {
 void StatementRunner::run(const ShellCommand& command, bool) {
     // What is not typed at a terminal may be the script itself, which a command must not read away.
     const bool hasTerminal = process::isTerminal(process::Stream::input);
+    if (!runtime::dispatcher::currentFolderExists()) throw fl::filesystem::PathNotFound();
     ShellOutput output;
     const int status = process::runShellCommand(
         command.command, runtime::dispatcher::currentFolderPath(),

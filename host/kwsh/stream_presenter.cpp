@@ -1,10 +1,13 @@
 // The terminal's view, and the texts of errors and warnings.
 #include "host/kwsh/stream_presenter.h"
 
+#include <algorithm>
+
 #include "host/kwsh/colours.h"
 #include "host/kwsh/display.h"
 #include "host/kwsh/values.h"
 #include "runtime/interpreter/output.h"
+#include "runtime/interpreter/structure_display.h"
 #include "runtime/text/encoding.h"
 
 namespace korvex::host {
@@ -15,12 +18,25 @@ struct MessageKind {
     Accent accent;
 };
 
+/// Names of files stand in messages, and may have what a terminal would obey. Line ends are the message's
+/// own.
+std::u16string visibleLines(std::u16string_view text) {
+    std::u16string shown;
+    for (std::size_t begin = 0;;) {
+        const std::size_t end = std::min(text.find(u'\n', begin), text.size());
+        shown += runtime::interpreter::visible(std::u16string(text.substr(begin, end - begin)));
+        if (end == text.size()) return shown;
+        shown += u'\n';
+        begin = end + 1;
+    }
+}
+
 constexpr MessageKind errorKind{u"Error:", Accent::error};
 constexpr MessageKind warningKind{u"Warning:", Accent::warning};
 
 std::u16string messageText(const MessageKind& kind, std::u16string_view text, std::string_view identifier,
                            bool isColoured) {
-    return accented(kind.accent, kind.word, isColoured) + u' ' + std::u16string(text) + u"\n  " +
+    return accented(kind.accent, kind.word, isColoured) + u' ' + visibleLines(text) + u"\n  " +
            accented(Accent::identifier, u"(" + widen(identifier) + u")", isColoured) + u"\n";
 }
 

@@ -39,6 +39,7 @@ using differentTextSizes = resource_core::Message<"KORVEX:host:differentTextSize
 using endOutsideOfBlock = resource_core::Message<"KORVEX:host:endOutsideOfBlock", 0>;
 using equalSignIsNoComparison = resource_core::Message<"KORVEX:host:equalSignIsNoComparison", 0>;
 using fieldsDiffer = resource_core::Message<"KORVEX:host:fieldsDiffer", 0>;
+using folderNotNamed = resource_core::Message<"KORVEX:host:folderNotNamed", 0>;
 using givesNoValue = resource_core::Message<"KORVEX:host:givesNoValue", 1>;
 using hiddenByVariable = resource_core::Message<"KORVEX:host:hiddenByVariable", 1>;
 using identifierNotValid = resource_core::Message<"KORVEX:host:identifierNotValid", 1>;
@@ -102,18 +103,21 @@ using singleOperator = resource_core::Message<"KORVEX:host:singleOperator", 2>;
 using sizeNotOneNumber = resource_core::Message<"KORVEX:host:sizeNotOneNumber", 1>;
 using sizeNotWhole = resource_core::Message<"KORVEX:host:sizeNotWhole", 1>;
 using sizesNotNumbers = resource_core::Message<"KORVEX:host:sizesNotNumbers", 1>;
+using sourceFileNotNamed = resource_core::Message<"KORVEX:host:sourceFileNotNamed", 0>;
 using stringsJoinRows = resource_core::Message<"KORVEX:host:stringsJoinRows", 1>;
 using structureFieldsOnly = resource_core::Message<"KORVEX:host:structureFieldsOnly", 1>;
 using syntaxAt = resource_core::Message<"KORVEX:host:syntaxAt", 3>;
 using textNeeded = resource_core::Message<"KORVEX:host:textNeeded", 1>;
 using textNotClosed = resource_core::Message<"KORVEX:host:textNotClosed", 1>;
 using tooManyOutputs = resource_core::Message<"KORVEX:host:tooManyOutputs", 1>;
+using undefinedName = resource_core::Message<"KORVEX:host:undefinedName", 1>;
 using unitsOfTextOnly = resource_core::Message<"KORVEX:host:unitsOfTextOnly", 1>;
 using unknownClass = resource_core::Message<"KORVEX:host:unknownClass", 0>;
 using warningForm = resource_core::Message<"KORVEX:host:warningForm", 0>;
 using withoutTexts = resource_core::Message<"KORVEX:host:withoutTexts", 1>;
 using wordIsNoValue = resource_core::Message<"KORVEX:host:wordIsNoValue", 1>;
 using wordIsNoVariable = resource_core::Message<"KORVEX:host:wordIsNoVariable", 1>;
+using wordsBehindNoCommand = resource_core::Message<"KORVEX:host:wordsBehindNoCommand", 1>;
 }  // namespace KORVEX::host
 
 namespace KORVEX {
@@ -128,22 +132,23 @@ using HostVocabulary = std::tuple<
     host::columnsDiffer, host::commandNotExported, host::commandsNotLoaded, host::conditionNotTruth,
     host::contentsNeedIndex, host::continuationWithoutLine, host::differentSizes, host::emptyArrayTooLarge,
     host::differentTextSizes, host::endOutsideOfBlock, host::equalSignIsNoComparison, host::fieldsDiffer,
-    host::givesNoValue, host::hiddenByVariable, host::identifierNotValid, host::indexNotOneNumber,
-    host::indexNotWhole, host::indexTooLarge, host::joinedMatricesOnly, host::lastColumn, host::lastElement,
-    host::lastPage, host::lastRow, host::logicalOfNumbersOnly, host::mixedClasses, host::mustBeEqualOperator,
-    host::nanIsNoTruth, host::needed, host::neededAtEnd, host::noArithmetic, host::noColumn, host::noElement,
-    host::noHelp, host::noHelpPart, host::noHelpParts, host::noPage, host::noRanges, host::noRow,
-    host::noSuchField, host::noSuchPackage, host::nounArgumentSeparator, host::nounConditionEnd,
-    host::nounElementSeparator, host::nounField, host::nounLoopHead, host::nounStatementEnd, host::nounTarget,
-    host::nounValue, host::nounVariable, host::numberNotReadable, host::oneElementNeeded,
-    host::onlyWholeVariables, host::operandNotTruth, host::outputNotGiven, host::packageForm,
-    host::packageNeedsName, host::partOutsideOfBlock, host::partTwice, host::reasonFolderNotEntered,
-    host::reasonFolderNotThere, host::reasonNoAnswer, host::reasonNoFolder, host::reasonNoLocalFile,
-    host::reasonNoSourceFile, host::reasonNotFoundByName, host::reasonNotLookedAt, host::reasonNotThere,
-    host::repeatedMatrixOnly, host::reshapedCountDiffers, host::rowsDiffer, host::signNeedsNumber,
-    host::singleOperator, host::sizeNotOneNumber, host::sizeNotWhole, host::sizesNotNumbers,
-    host::stringsJoinRows, host::structureFieldsOnly, host::syntaxAt, host::textNeeded, host::textNotClosed,
-    host::tooManyOutputs, host::unitsOfTextOnly, host::unknownClass, host::warningForm, host::withoutTexts,
-    host::wordIsNoValue, host::wordIsNoVariable>;
+    host::folderNotNamed, host::givesNoValue, host::hiddenByVariable, host::identifierNotValid,
+    host::indexNotOneNumber, host::indexNotWhole, host::indexTooLarge, host::joinedMatricesOnly,
+    host::lastColumn, host::lastElement, host::lastPage, host::lastRow, host::logicalOfNumbersOnly,
+    host::mixedClasses, host::mustBeEqualOperator, host::nanIsNoTruth, host::needed, host::neededAtEnd,
+    host::noArithmetic, host::noColumn, host::noElement, host::noHelp, host::noHelpPart, host::noHelpParts,
+    host::noPage, host::noRanges, host::noRow, host::noSuchField, host::noSuchPackage,
+    host::nounArgumentSeparator, host::nounConditionEnd, host::nounElementSeparator, host::nounField,
+    host::nounLoopHead, host::nounStatementEnd, host::nounTarget, host::nounValue, host::nounVariable,
+    host::numberNotReadable, host::oneElementNeeded, host::onlyWholeVariables, host::operandNotTruth,
+    host::outputNotGiven, host::packageForm, host::packageNeedsName, host::partOutsideOfBlock,
+    host::partTwice, host::reasonFolderNotEntered, host::reasonFolderNotThere, host::reasonNoAnswer,
+    host::reasonNoFolder, host::reasonNoLocalFile, host::reasonNoSourceFile, host::reasonNotFoundByName,
+    host::reasonNotLookedAt, host::reasonNotThere, host::repeatedMatrixOnly, host::reshapedCountDiffers,
+    host::rowsDiffer, host::signNeedsNumber, host::singleOperator, host::sizeNotOneNumber, host::sizeNotWhole,
+    host::sizesNotNumbers, host::sourceFileNotNamed, host::stringsJoinRows, host::structureFieldsOnly,
+    host::syntaxAt, host::textNeeded, host::textNotClosed, host::tooManyOutputs, host::undefinedName,
+    host::unitsOfTextOnly, host::unknownClass, host::warningForm, host::withoutTexts, host::wordIsNoValue,
+    host::wordIsNoVariable, host::wordsBehindNoCommand>;
 
 }  // namespace KORVEX

@@ -50,6 +50,7 @@ TEST(TerminalPrompt, TheEndOfTheInputEndsIt) {
     KwshAtTerminal kwsh(scratch);
     kwsh.readFirstPrompt();
     kwsh.type("\x04");
+    kwsh.readUntil("\r\n");
     EXPECT_EQ(kwsh.exitStatus(), 0);
 }
 

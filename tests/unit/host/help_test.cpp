@@ -37,6 +37,7 @@ TEST(Markdown, MarksInsideOfLinesGo) {
     EXPECT_EQ(plainText(u"`a*b` and **bold** [text](address) `[s] = f(x)`"), u"a*b and bold text [s] = f(x)");
     EXPECT_EQ(plainText(u"[s, m] and a ]( b"), u"[s, m] and a ]( b");
     EXPECT_EQ(plainText(u"`.` and `..`. `''` `a` `&`"), u"'.' and '..'. '' a '&'");
+    EXPECT_EQ(plainText(u"`[]`, `{}` and `( )`"), u"[], {} and ( )");
 }
 
 TEST(Markdown, ParagraphsAndItemsAreWrapped) {
@@ -58,6 +59,11 @@ TEST(Markdown, ATableStandsInColumns) {
     EXPECT_EQ(shown(table), "  f(x)  this and that\n  g     a|b\n");
     EXPECT_EQ(shown(u"| letter | field |\n|---|---|\n| `w` | `UserWrite` |\n"),
               "  letter  field\n  w       UserWrite\n");
+}
+
+TEST(Markdown, CodeAloneInTheFirstColumnHasNoQuotes) {
+    EXPECT_EQ(shown(u"|option|does|\n|---|---|\n|`-`|reads `-`|\n|`~`, `-`|both|\n"),
+              "  option    does\n  -         reads '-'\n  '~', '-'  both\n");
 }
 
 TEST(Markdown, ALongCellGetsALineOfItsOwn) {

@@ -256,6 +256,9 @@ TEST_F(KwshProgram, ColumnsComeFromTheOptionOrTheEnvironment) {
     EXPECT_EQ(run("-e \"{'abcdefgh', 'abcdefgh'}\"").output, "ans =\n    {'abcdefgh'}    {'abcdefgh'}\n");
     EXPECT_THAT(runProgram("env", "COLUMNS=20 '" KWSH_PROGRAM "' -e \"{'abcdefgh', 'abcdefgh'}\"").output,
                 HasSubstr("(column 2)"));
+    EXPECT_THAT(
+        runProgram("env", "COLUMNS=1000001 '" KWSH_PROGRAM "' -e \"repmat({'abcdefgh'}, 1, 9)\"").output,
+        HasSubstr("(columns 1 to 5)"));
 }
 
 TEST_F(KwshProgram, CtrlCEndsTheStatementAndTheScript) {

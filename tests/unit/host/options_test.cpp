@@ -91,11 +91,28 @@ TEST(Options, WrongOnesAreRefused) {
     }
 }
 
+std::string refusalOf(std::vector<std::string> arguments) {
+    try {
+        parseOptions(std::move(arguments));
+    } catch (const OptionError& error) {
+        return error.what();
+    }
+    return "taken";
+}
+
+TEST(Options, ARefusalSaysWhatTheOptionNeeds) {
+    EXPECT_EQ(refusalOf({"--columns"}), "--columns needs a value");
+    EXPECT_EQ(refusalOf({"-e"}), "-e needs a value");
+    EXPECT_EQ(refusalOf({"-e", "x", "-e", "y", "-e"}), "-e needs a value");
+    EXPECT_EQ(refusalOf({"--cd", "a", "--cd", "b"}), "--cd may be given once");
+    EXPECT_EQ(refusalOf({"--json=1"}), "--json takes no value");
+}
+
 TEST(Options, HelpShowsEveryOptionWithAnExample) {
     const std::string usage = usageText();
     for (const char* option :
          {"FILE.k", "-e", "--json", "--transcript", "--stop-on-error", "--cd", "--config", "--columns",
-          "--no-progress", "--color WHEN", "-  ", "--trace[=MASK]", "--trace-file", "--version", "--help"}) {
+          "--no-progress", "--color=WHEN", "-  ", "--trace[=MASK]", "--trace-file", "--version", "--help"}) {
         EXPECT_THAT(usage,
                     HasSubstr("  " + std::string(option == std::string("--help") ? "-h,--help" : option)));
     }

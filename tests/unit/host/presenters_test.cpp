@@ -29,6 +29,18 @@ TEST(StreamPresenter, ErrorsAndWarningsGoToTheirOwnStream) {
     EXPECT_EQ(errors.str(), "Warning: careful\n  (KORVEX:A:b)\nError: wrong\n  (KORVEX:C:d)\n");
 }
 
+TEST(StreamPresenter, ControlCharactersOfMessagesAreShownByPictures) {
+    std::ostringstream output;
+    std::ostringstream errors;
+    StreamPresenter presenter(output, errors);
+    presenter.printed(u"\u001B[31mas it is\n");
+    presenter.warned({"KORVEX:A:b", u"a\u001B[2J\nb\r\n"});
+    presenter.failed({"KORVEX:C:d", u"\u007F"});
+    EXPECT_EQ(output.str(), "\x1B[31mas it is\n");
+    EXPECT_EQ(errors.str(),
+              "Warning: a\u241B[2J\nb\u240D\n\n  (KORVEX:A:b)\nError: \u2421\n  (KORVEX:C:d)\n");
+}
+
 TEST(StreamPresenter, OnlyMessagesAreColoured) {
     std::ostringstream output;
     std::ostringstream errors;

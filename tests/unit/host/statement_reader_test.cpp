@@ -196,6 +196,9 @@ TEST(BadInput, ErrorsNameThePlace) {
     EXPECT_EQ(syntaxErrorOf("x = {1]"), u"In line 1, column 7: ']' closes nothing here.");
     EXPECT_EQ(syntaxErrorOf("x = 3a"), u"In line 1, column 5: this is no number that can be read.");
     EXPECT_EQ(syntaxErrorOf("x = $"), u"In line 1, column 5: the character '$' has no meaning here.");
+    EXPECT_EQ(syntaxErrorOf("\U0001F600"),
+              u"In line 1, column 1: the character '\U0001F600' has no meaning here.");
+    EXPECT_EQ(syntaxErrorOf("\x1B"), u"In line 1, column 1: the character '\u241B' has no meaning here.");
     EXPECT_EQ(syntaxErrorOf("x = 1 ..."),
               u"In line 1, column 7: no line follows the '...' that continues this one.");
 }
