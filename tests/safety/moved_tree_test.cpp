@@ -325,5 +325,41 @@ TEST_F(FoldersOnlyTest, FoldersOfACopyThatWasStoppedHaveTheirBits) {
     EXPECT_EQ(entriesIn(target_), folders);
 }
 
+TEST_F(MovedTreeTest, LinkIsNotReplacedByOneWhoseWayLeadsThroughIt) {
+    const fs::path into = source_ / "into";
+    fs::create_directories(into / "real");
+    writeContent(into / "real" / "file", "content");
+    fs::create_directory_symlink("real", into / "link");
+    fs::create_directory(source_ / "from");
+    fs::create_symlink("../into/link/file", source_ / "from" / "link");
+    for (const bool isMove : {false, true}) {
+        const auto merge = [&] {
+            const vfs::Folder from = folderAt(source_ / "from");
+            isMove ? from.moveFolder(folderAt(into), provider::ReplaceAny)
+                   : from.copyFolder(folderAt(into), provider::ReplaceAny);
+        };
+        EXPECT_EQ(codeRaisedBy(merge), vfs::resourceAlreadyExists);
+        EXPECT_EQ(fs::read_symlink(into / "link"), "real");
+        EXPECT_EQ(contentOf(source_ / "from" / "link"), "content");
+    }
+}
+
+TEST_F(MovedTreeTest, FolderThatALinkOnTheWayLeadsToByNowIsLeftAlone) {
+    const fs::path theirs = source_ / "theirs" / "into";
+    fs::create_directories(theirs);
+    writeContent(theirs / "file", "theirs");
+    fs::create_directories(source_ / "into");
+    fs::create_directories(source_ / "store" / "into");
+    // What is moved takes the place of a link on its own way.
+    fs::create_directory_symlink("../store", source_ / "into" / "way");
+    fs::create_directory_symlink(source_ / "theirs", source_ / "store" / "into" / "way");
+    const vfs::Folder moved = folderAt(source_ / "into" / "way" / "into");
+    EXPECT_EQ(codeRaisedBy([&] { moved.moveFolder(folderAt(source_ / "into"), provider::MergeFolder); }),
+              vfs::resourceInUse);
+    EXPECT_EQ(contentOf(theirs / "file"), "theirs");
+    EXPECT_EQ(fs::read_symlink(source_ / "into" / "way"), source_ / "theirs");
+    EXPECT_EQ(entriesIn(source_ / "store" / "into"), 0);
+}
+
 }  // namespace
 }  // namespace korvex::tests

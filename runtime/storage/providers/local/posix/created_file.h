@@ -20,6 +20,10 @@ public:
     RemovedUnlessKept(EntryAt entry, int file) noexcept;
     /// An entry whose status is known.
     RemovedUnlessKept(EntryAt entry, const struct ::stat& made) noexcept : entry_(entry), made_(made) {}
+    /// An entry that is open as `file`, and is asked which file it is only when it goes: it is kept, too,
+    /// when it has been closed by then.
+    RemovedUnlessKept(EntryAt entry, const FileDescriptor& file, const struct ::stat& expected) noexcept
+        : entry_(entry), made_(expected), file_(&file) {}
     ~RemovedUnlessKept();
     RemovedUnlessKept(const RemovedUnlessKept&) = delete;
     RemovedUnlessKept& operator=(const RemovedUnlessKept&) = delete;
@@ -30,6 +34,7 @@ public:
 private:
     EntryAt entry_;
     struct ::stat made_ {};
+    const FileDescriptor* file_ = nullptr;
     bool isKept_ = false;
 };
 
@@ -38,6 +43,11 @@ private:
 class CreatedFile {
 public:
     CreatedFile(EntryAt entry, mode_t mode) noexcept;
+    /// The same where it is known what the file will be like: `made()` is what was expected then. The file
+    /// has to be one whose closing cannot fail.
+    CreatedFile(EntryAt entry, mode_t mode, const struct ::stat& expected) noexcept;
+    CreatedFile(const CreatedFile&) = delete;
+    CreatedFile& operator=(const CreatedFile&) = delete;
     /// 0 or the errno of the creation.
     int systemError() const noexcept { return systemError_; }
     FileDescriptor& file() noexcept { return file_; }

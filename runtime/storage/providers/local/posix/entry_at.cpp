@@ -142,9 +142,21 @@ int EndOfLink::follow() {
         if (!above) return errno;
         opened_ = std::move(above);
         folder_ = opened_.get();
+        if (leadsThroughWatched(target)) meetsWatched_ = true;
         name_ = std::move(target);
     }
     return ELOOP;
+}
+
+bool EndOfLink::leadsThroughWatched(const std::string& path) const {
+    if (watched_ == nullptr) return false;
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        struct ::stat status {};
+        const std::string folder = path.substr(0, end);
+        if (::fstatat(folder_, folder.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return false;
+        if (isSameFile(status, *watched_)) return true;
+    }
+    return false;
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -49,11 +49,12 @@ public:
     /// 0 or the errno.
     int systemError() const noexcept { return systemError_; }
     EntryAt entry() const noexcept { return {folder_, name_.c_str()}; }
-    /// Whether the watched entry is the end, or a link on the way there.
+    /// Whether the watched entry is the end, or a link on the way there, be it in front of a name.
     bool meetsWatched() const noexcept { return meetsWatched_; }
 
 private:
     int follow();
+    bool leadsThroughWatched(const std::string& path) const;
 
     FileDescriptor opened_;
     int folder_;

@@ -205,24 +205,54 @@ Failure FileTransfer::copyOpened(SourceFile& source, EntryAt destination, Links 
     const Failure failure =
         listExtendedAttributes(source.file.get(), *source.abilities, source.attributeNames);
     if (failure) return failure;
-    if (isWrittenAtOnce(source)) {
+    if (source.into.isHidden || isWrittenAtOnce(source)) {
         const Failure inPlace = copyInPlace(source, destination, watcher);
         if (inPlace.systemError != EEXIST) return inPlace;
         // Somebody else has put something there.
-        source.into.isNew = false;
+        source.into = {};
     }
     return copyBeside(source, destination, links, Durability::whenever, watcher);
 }
 
 Failure FileTransfer::copyInPlace(const SourceFile& source, EntryAt destination, CopyWatcher* watcher) const {
     const struct ::stat* const owner = ownerOf(source, {});
-    CreatedFile output(destination, modeAtCreation(source, owner));
+    const mode_t bits = modeAtCreation(source, owner);
+    if (owner == nullptr) {
+        if (const std::optional<struct ::stat> expected = expectedOf(source, bits)) {
+            CreatedFile output(destination, bits, *expected);
+            return fillInPlace(source, output, owner, watcher);
+        }
+    }
+    CreatedFile output(destination, bits);
+    const bool isByMaskAlone = !source.into.handsAccessListsOn && output.systemError() == 0;
+    if (isByMaskAlone && (output.made().st_mode & 0777) == bits)
+        grantedBits_.fetch_or(bits, std::memory_order_relaxed);
+    return fillInPlace(source, output, owner, watcher);
+}
+
+Failure FileTransfer::fillInPlace(const SourceFile& source, CreatedFile& output, const struct ::stat* owner,
+                                  CopyWatcher* watcher) const {
     if (output.systemError() != 0) return {output.systemError(), destinationSide};
     if (const Failure failure = fill(source, output.file().get(), output.made(), owner, watcher))
         return failure;
     if (const int systemError = output.file().close()) return {systemError, destinationSide};
     output.keep();
     return {};
+}
+
+/// What a new file will be like, where that can be known without asking: nobody else gets at it, no access
+/// list comes from its folder, and its bits are such as others have got. Whose it is matters for special bits
+/// only.
+std::optional<struct ::stat> FileTransfer::expectedOf(const SourceFile& source, mode_t bits) const {
+    constexpr mode_t special = S_ISUID | S_ISGID | S_ISVTX;
+    const bool isPlain = source.into.isHidden && !source.into.handsAccessListsOn &&
+                         source.attributeNames.empty() && (source.status.st_mode & special) == 0;
+    const bool areGranted = (bits & ~grantedBits_.load(std::memory_order_relaxed)) == 0;
+    if (!isPlain || !areGranted || !source.closesSilentlyOn(source.into.device)) return std::nullopt;
+    struct ::stat expected = source.status;
+    expected.st_dev = source.into.device;
+    expected.st_mode = S_IFREG | bits;
+    return expected;
 }
 
 /// Whole without a name or under a name of its own first, then under its final one.
@@ -334,7 +364,7 @@ Failure FileTransfer::fill(const SourceFile& source, int file, struct ::stat mad
     return {systemError, destinationSide};
 }
 
-Failure FileTransfer::dress(int source, const struct ::stat& status, int destination) {
+Failure FileTransfer::dress(int source, const struct ::stat& status, int destination, bool hasInherited) {
     std::vector<char> names;
     if (const Failure failure = listExtendedAttributes(source, abilities_.of(source, status.st_dev), names)) {
         return failure;
@@ -343,7 +373,7 @@ Failure FileTransfer::dress(int source, const struct ::stat& status, int destina
     if (::fstat(destination, &made) != 0) return {errno, destinationSide};
     if (keepsOwner_) giveOwner(destination, status, made);
     if (const Failure failure = copyExtendedAttributes(source, destination, names, made)) return failure;
-    int systemError = removeInheritedAccessLists(destination, made.st_mode, names);
+    int systemError = hasInherited ? removeInheritedAccessLists(destination, made.st_mode, names) : 0;
     struct ::stat wanted = status;
     wanted.st_mode = bitsWithoutLostList(wanted.st_mode, destination, names);
     if (systemError == 0) systemError = copyModeAndTimes(wanted, destination, made);

@@ -1,9 +1,10 @@
 // The transfer of one entry from folder to folder: a file, a link, a pipe.
 //
 // A new file of at most one page is made in place, exclusively, and written with one call: a kill leaves it
-// whole, empty or not there. One that takes more than that has no name until it is whole, where the file
-// system can do so. Where it cannot, and where another file is to be replaced, it is written under a
-// temporary name beside its own and renamed when it is whole. What a failed copy has made is removed again.
+// whole, empty or not there; so is any file of a tree that is hidden until it is whole. Otherwise a file that
+// takes more than a page has no name until it is whole, where the file system can do so. Where it cannot, and
+// where another file is to be replaced, it is written under a temporary name beside its own and renamed when
+// it is whole. What a failed copy has made is removed again.
 #pragma once
 
 #include <atomic>
@@ -26,6 +27,10 @@ namespace korvex::runtime::storage::posix {
 struct DestinationFolder {
     /// Made for this copy: nothing stands in it but what came from here.
     bool isNew = false;
+    /// It lies in a tree that has a temporary name until all of it is whole.
+    bool isHidden = false;
+    /// The disk of a hidden tree.
+    dev_t device = 0;
     /// Its new entries get access lists from it.
     bool handsAccessListsOn = true;
 };
@@ -67,8 +72,9 @@ public:
     /// is known to stand there.
     int rename(EntryAt written, EntryKind kind, EntryAt destination, bool isReplacing) const;
 
-    /// Gives a folder the attributes, permission bits and time of its source, whose status is given.
-    Failure dress(int source, const struct ::stat& status, int destination);
+    /// Gives a folder the attributes, permission bits and time of its source, whose status is given. With
+    /// `hasInherited` it may have an access list from the folder above it, which goes.
+    Failure dress(int source, const struct ::stat& status, int destination, bool hasInherited = true);
 
 private:
     struct SourceFile;
@@ -81,6 +87,9 @@ private:
     static bool isWrittenAtOnce(const SourceFile& source) noexcept;
     Failure copyOpened(SourceFile& source, EntryAt destination, Links links, CopyWatcher* watcher) const;
     Failure copyInPlace(const SourceFile& source, EntryAt destination, CopyWatcher* watcher) const;
+    Failure fillInPlace(const SourceFile& source, CreatedFile& output, const struct ::stat* owner,
+                        CopyWatcher* watcher) const;
+    std::optional<struct ::stat> expectedOf(const SourceFile& source, mode_t bits) const;
     Failure copyBeside(const SourceFile& source, EntryAt destination, Links links, Durability durability,
                        CopyWatcher* watcher) const;
     std::optional<Failure> copyUnnamed(const SourceFile& source, EntryAt destination, Durability durability,
@@ -103,6 +112,9 @@ private:
     const ReplacementPolicy policy_;
     const bool keepsOwner_;
     AbilitiesOfDevices abilities_;
+    /// The permission bits that new files have been seen to get when they were asked for. Others the
+    /// process's mask may take away.
+    mutable std::atomic<mode_t> grantedBits_{0};
     /// Whether the destination's file system has files without a name, as far as it has been tried.
     mutable std::atomic<bool> makesUnnamed_{true};
 };

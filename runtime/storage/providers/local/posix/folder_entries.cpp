@@ -47,7 +47,7 @@ bool FolderEntries::next(FolderEntry& entry, int& systemError) {
         position_ += found->d_reclen;
         const std::string_view name = found->d_name;
         if (name == "." || name == "..") continue;
-        entry = {found->d_name, kindOf(folder_, *found)};
+        entry = {found->d_name, kindOf(folder_, *found), found->d_ino};
         return true;
     }
 }

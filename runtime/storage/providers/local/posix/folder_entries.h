@@ -17,6 +17,7 @@ EntryKind kindOfMode(mode_t mode) noexcept;
 struct FolderEntry {
     const char* name;  ///< valid until the next entry is read
     EntryKind kind;
+    ino_t inode;
 };
 
 /// Reads the entries of a folder but for `.` and `..`, from its start. The descriptor stays the caller's.

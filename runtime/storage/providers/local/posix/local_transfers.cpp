@@ -26,6 +26,7 @@ namespace korvex::runtime::storage {
 namespace vfs = foundation::storage::vfs;
 namespace provider = foundation::storage::provider;
 using posix::CopiedEntries;
+using posix::CopyInto;
 using posix::EntryAt;
 using posix::EntryKind;
 using posix::Failure;
@@ -78,16 +79,19 @@ struct DestinationFolder {
     bool isNew;
 };
 
+FileDescriptor openTaker(const Place& place, int flags, const AbsoluteIRI& location) {
+    FileDescriptor folder(::openat(place.folder(), place.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+    if (!folder) raiseSystemError(errno == ENOTDIR || errno == ELOOP ? EEXIST : errno, location, copying);
+    return folder;
+}
+
 DestinationFolder openDestination(const Place& place, const AbsoluteIRI& location, ReplacementPolicy policy) {
     const bool isNew = ::mkdirat(place.folder(), place.name(), 0700) == 0;
     if (!isNew && (errno != EEXIST || policy == provider::ReplaceWritable)) {
         raiseSystemError(errno, location, copying);
     }
     // A folder that was there may be named by a link. In place of a new one a link is somebody's trap.
-    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isNew ? O_NOFOLLOW : 0);
-    FileDescriptor folder(::openat(place.folder(), place.name(), flags));
-    if (!folder) raiseSystemError(errno == ENOTDIR || errno == ELOOP ? EEXIST : errno, location, copying);
-    return {std::move(folder), isNew};
+    return {openTaker(place, isNew ? O_NOFOLLOW : 0, location), isNew};
 }
 
 [[noreturn]] void raiseRenameFailure(int systemError, const Place& from, const AbsoluteIRI& source,
@@ -109,16 +113,59 @@ bool isOnAnotherDevice(const Place& destination, const struct ::stat& source) {
     return statusAt(above, 0, folder) && folder.st_dev != source.st_dev;
 }
 
-/// Removes what was made on the way to something that failed; what went wrong first is what is told.
-void undo(const Place& folder, const AbsoluteIRI& location) noexcept {
+FileDescriptor openAgain(const FileDescriptor& folder, const AbsoluteIRI& location, const char16_t* context) {
+    FileDescriptor opened(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened) raiseSystemError(errno, location, context);
+    return opened;
+}
+
+/// Removes what was made on the way to something that failed; what went wrong first is what is told. By its
+/// handle: under its name somebody may have put a folder of theirs.
+void undo(const FileDescriptor& made, const Place& place, const AbsoluteIRI& location) noexcept {
     try {
-        ::fchmodat(folder.folder(), folder.name(), S_IRWXU, AT_SYMLINK_NOFOLLOW);
-        posix::removeTreeContents({openForReading(folder, O_NOFOLLOW, location, moving), location},
-                                  posix::Purpose::undoing);
-        ::unlinkat(folder.folder(), folder.name(), AT_REMOVEDIR);
+        ::fchmod(made.get(), S_IRWXU);
+        posix::removeTreeContents({openAgain(made, location, moving), location}, posix::Purpose::undoing);
+        ::unlinkat(place.folder(), place.name(), AT_REMOVEDIR);
     } catch (const std::exception&) {
         // What cannot be removed stays under its temporary name.
     }
+}
+
+/// A copy that is whole gets its name. Where somebody has made a folder of that name meanwhile, it takes in
+/// what was copied, if the policy has it so; else the copy goes again.
+void reveal(const FileDescriptor& copy, const Place& hidden, const Place& place, const AbsoluteIRI& location,
+            ReplacementPolicy policy) {
+    const int systemError = posix::renameOntoNothing(hidden.entry(), place.entry());
+    if (systemError == 0) return;
+    try {
+        const bool mayMerge = systemError == EEXIST && policy != provider::ReplaceWritable;
+        if (!mayMerge) raiseSystemError(systemError, location, copying);
+        posix::moveTreeContents({openAgain(copy, location, copying), location},
+                                {openTaker(place, O_NOFOLLOW, location), location}, policy);
+    } catch (...) {
+        undo(copy, hidden, location);
+        throw;
+    }
+    ::unlinkat(hidden.folder(), hidden.name(), AT_REMOVEDIR);
+}
+
+/// Fills a folder that was made for it, under a temporary name until it is whole: what a kill leaves of it
+/// nobody takes for the tree. Where a folder cannot be renamed it is filled where it is.
+void copyIntoNew(OpenTree source, FileDescriptor made, const Place& place, const AbsoluteIRI& location,
+                 ReplacementPolicy policy) {
+    const Place hidden(place, posix::temporaryName());
+    const bool isHidden = posix::renameOntoNothing(place.entry(), hidden.entry()) == 0;
+    const FileDescriptor copy = openAgain(made, location, copying);
+    try {
+        posix::copyTree(std::move(source), {std::move(made), location},
+                        isHidden ? CopyInto::hidden : CopyInto::made, policy);
+    } catch (...) {
+        // What has been copied by then stays, each file of it whole.
+        if (isHidden && posix::renameOntoNothing(hidden.entry(), place.entry()) != 0)
+            undo(copy, hidden, location);
+        throw;
+    }
+    if (isHidden) reveal(copy, hidden, place, location, policy);
 }
 
 /// What was copied has to reach the storage before its source goes.
@@ -128,11 +175,26 @@ void settle(const FileDescriptor& copy, const CopiedEntries& copied, const Absol
     if (systemError != 0) raiseSystemError(systemError, destination, moving);
 }
 
+/// The folder that is to be emptied, opened by its name. By then another one may stand there: one that
+/// somebody has put there, or what a link on its path leads to that was just replaced.
+FileDescriptor openToEmpty(const Place& place, const AbsoluteIRI& location, const struct ::stat& wanted) {
+    FileDescriptor folder = openForReading(place, O_NOFOLLOW, location, moving);
+    struct ::stat opened {};
+    if (::fstat(folder.get(), &opened) != 0) raiseSystemError(errno, location, moving);
+    if (!posix::isSameFile(opened, wanted)) raiseSystemError(EBUSY, location, moving);
+    return folder;
+}
+
 /// Takes the folder away from which `empty` takes what is in it, as often as something is left.
 template <class Empty>
-void removeEmptied(const Place& place, const AbsoluteIRI& location, const Empty& empty, int unlessEmpty) {
+void removeEmptied(const Place& place, const AbsoluteIRI& location, const struct ::stat& folder,
+                   const Empty& empty, int unlessEmpty) {
     for (int round = 0; round < mostRounds; ++round) {
         empty();
+        struct ::stat standing {};
+        const bool isAnother =
+            statusAt(place, AT_SYMLINK_NOFOLLOW, standing) && !posix::isSameFile(standing, folder);
+        if (isAnother) raiseSystemError(EBUSY, location, moving);
         if (::unlinkat(place.folder(), place.name(), AT_REMOVEDIR) == 0 || errno == ENOENT) return;
         const bool isNotEmpty = errno == ENOTEMPTY || errno == EEXIST;
         if (!isNotEmpty) raiseSystemError(errno, location, moving);
@@ -140,45 +202,47 @@ void removeEmptied(const Place& place, const AbsoluteIRI& location, const Empty&
     raiseSystemError(unlessEmpty, location, moving);
 }
 
-void removeCopied(const Place& place, const AbsoluteIRI& location, const CopiedEntries& copied) {
+void removeCopied(const Place& place, const AbsoluteIRI& location, const struct ::stat& folder,
+                  const CopiedEntries& copied) {
     const auto empty = [&] {
-        posix::removeCopiedContents({openForReading(place, O_NOFOLLOW, location, moving), location}, copied);
+        posix::removeCopiedContents({openToEmpty(place, location, folder), location}, copied);
     };
-    removeEmptied(place, location, empty, EBUSY);
+    removeEmptied(place, location, folder, empty, EBUSY);
 }
 
 /// Between file systems: the tree is copied under a temporary name, renamed, and only then removed at its
 /// source.
-void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const AbsoluteIRI& destination,
-                         const Place& to, ReplacementPolicy policy) {
+void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const struct ::stat& leaving,
+                         const AbsoluteIRI& destination, const Place& to, ReplacementPolicy policy) {
     refuseImmovable(from, source);
     CopiedEntries copied;
     const Place staging(to, posix::temporaryName());
     if (::mkdirat(staging.folder(), staging.name(), 0700) != 0) raiseSystemError(errno, destination, moving);
+    const FileDescriptor copy = openForReading(staging, O_NOFOLLOW, destination, moving);
     try {
-        const FileDescriptor copy = openForReading(staging, O_NOFOLLOW, destination, moving);
-        posix::copyTree({openForReading(from, O_NOFOLLOW, source, moving), source},
-                        {openForReading(staging, O_NOFOLLOW, destination, moving), destination}, true, policy,
+        posix::copyTree({openToEmpty(from, source, leaving), source},
+                        {openAgain(copy, destination, moving), destination}, CopyInto::hidden, policy,
                         &copied);
         settle(copy, copied, destination);
         const int systemError = posix::renameOntoNothing(staging.entry(), to.entry());
         if (systemError != 0) raiseSystemError(systemError, destination, moving);
     } catch (...) {
-        undo(staging, destination);
+        undo(copy, staging, destination);
         throw;
     }
     if (const int systemError = posix::syncFolderOf(to.folder(), to.name()))
         raiseSystemError(systemError, destination, moving);
     copied.close();
-    removeCopied(from, source, copied);
+    removeCopied(from, source, leaving, copied);
 }
 
 /// Into a folder that exists: entry by entry where they can be renamed; between file systems all are copied
 /// before the first one goes.
 void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& from,
-                 const AbsoluteIRI& destination, const Place& to, ReplacementPolicy policy) {
+                 const struct ::stat& leaving, const AbsoluteIRI& destination, const Place& to,
+                 ReplacementPolicy policy) {
     refuseMergeOntoItself(local, source, destination);
-    const auto openSource = [&] { return openForReading(from, O_NOFOLLOW, source, moving); };
+    const auto openSource = [&] { return openToEmpty(from, source, leaving); };
     const auto openTarget = [&] {
         FileDescriptor into(::openat(to.folder(), to.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!into) raiseSystemError(errno == ENOTDIR ? EEXIST : errno, destination, moving);
@@ -187,22 +251,21 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
     // It is emptied and could not go in the end: what is mounted stays where it is.
     if (posix::isMountPoint(openSource().get())) raiseSystemError(EBUSY, source, moving);
     const FileDescriptor into = openTarget();
-    struct ::stat leaving {};
     struct ::stat standing {};
-    const bool areApart = statusAt(from, AT_SYMLINK_NOFOLLOW, leaving) &&
-                          ::fstat(into.get(), &standing) == 0 && leaving.st_dev != standing.st_dev;
+    const bool areApart = ::fstat(into.get(), &standing) == 0 && leaving.st_dev != standing.st_dev;
     if (areApart) {
         refuseImmovable(from, source);
         CopiedEntries copied;
-        posix::copyTree({openSource(), source}, {openTarget(), destination}, false, policy, &copied);
+        posix::copyTree({openSource(), source}, {openTarget(), destination}, CopyInto::standing, policy,
+                        &copied);
         settle(into, copied, destination);
         copied.close();
-        return removeCopied(from, source, copied);
+        return removeCopied(from, source, leaving, copied);
     }
     const auto empty = [&] {
         posix::moveTreeContents({openSource(), source}, {openTarget(), destination}, policy);
     };
-    removeEmptied(from, source, empty, ENOTEMPTY);
+    removeEmptied(from, source, leaving, empty, ENOTEMPTY);
 }
 
 }  // namespace
@@ -269,7 +332,9 @@ void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
     refuseOwnSubtree(*this, source, destination, copying);
     const Place to(destination);
     DestinationFolder target = openDestination(to, destination, policy);
-    posix::copyTree({std::move(folder), source}, {std::move(target.folder), destination}, target.isNew,
+    if (target.isNew)
+        return copyIntoNew({std::move(folder), source}, std::move(target.folder), to, destination, policy);
+    posix::copyTree({std::move(folder), source}, {std::move(target.folder), destination}, CopyInto::standing,
                     policy);
 }
 
@@ -293,11 +358,11 @@ void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
     const bool mayMerge = policy != provider::ReplaceWritable && !isLink && statusAt(to, 0, standing) &&
                           S_ISDIR(standing.st_mode);
     if (isTaken && !mayMerge) raiseSystemError(EEXIST, destination, moving);
-    if (isTaken) return mergeFolder(*this, source, from, destination, to, policy);
+    if (isTaken) return mergeFolder(*this, source, from, status, destination, to, policy);
     const int systemError = posix::renameOntoNothing(from.entry(), to.entry());
     if (systemError == 0) return tellOfOneItem([&] { return source; });
     if (systemError != EXDEV) raiseRenameFailure(systemError, from, source, destination);
-    if (!isLink) return moveFolderByCopying(source, from, destination, to, policy);
+    if (!isLink) return moveFolderByCopying(source, from, status, destination, to, policy);
     FileTransfer transfer(provider::ReplaceWritable, true);
     raiseIfFailed(transfer.move(from.entry(), EntryKind::link, to.entry(), nullptr), source, destination,
                   moving);

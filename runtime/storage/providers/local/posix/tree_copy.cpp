@@ -25,19 +25,20 @@ constexpr const char16_t* context = u"copying";
 
 class TreeCopy : public TreeVisitor {
 public:
-    TreeCopy(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination,
+    TreeCopy(const vfs::AbsoluteIRI& source, const vfs::AbsoluteIRI& destination, CopyInto into,
              provider::ReplacementPolicy policy, CopiedEntries* copied)
         : source_(source),
           destination_(destination),
+          into_(into),
           mayMerge_(policy != provider::ReplaceWritable),
           copied_(copied),
           transfer_(policy, copied != nullptr) {}
 
-    void walkFrom(OpenTree source, OpenTree destination, bool isNew) {
+    void walkFrom(OpenTree source, OpenTree destination) {
         TreeWalk walk(*this);
         tree_ = &walk.tree();
         const std::shared_ptr<TreeFolder> top = makeTop(walk, std::move(source.folder), source_);
-        top->wasCreated = isNew;
+        top->wasCreated = into_ != CopyInto::standing;
         if (::fstat(destination.folder.get(), &target_) != 0) raiseSystemError(errno, destination_, context);
         if (const int systemError = tree_->adopt(*top, destinationSide, std::move(destination.folder))) {
             raiseSystemError(systemError, destination_, context);
@@ -85,7 +86,7 @@ public:
         const Failure failure =
             transfer_.copy({handles[sourceSide]->get(), entry.name.c_str()}, entry.kind,
                            {handles[destinationSide]->get(), entry.name.c_str()}, progress.watcher(),
-                           {folder.wasCreated, folder.handsAccessListsOn});
+                           {folder.wasCreated, isHidden(folder), target_.st_dev, folder.handsAccessListsOn});
         if (failure) raise(failure, locationIn(sideOf(failure), folder, entry.name));
         progress.finish();
     }
@@ -98,7 +99,9 @@ public:
         if (!destination) fail({systemError, destinationSide}, folder);
         const FolderTree::Handle source = tree_->handle(folder, sourceSide, systemError);
         if (!source) fail({systemError, sourceSide}, folder);
-        const Failure failure = transfer_.dress(source->get(), folder.status, destination->get());
+        const bool hasInherited = !folder.parent() || folder.parent()->handsAccessListsOn;
+        const Failure failure =
+            transfer_.dress(source->get(), folder.status, destination->get(), hasInherited);
         if (failure) fail(failure, folder);
         return true;
     }
@@ -124,8 +127,18 @@ private:
         if (standing.st_dev != target_.st_dev) copied_->noteFurtherDisk();
     }
 
-    /// Of a folder that was here before, each new entry is asked: somebody may change what it hands on.
+    bool isHidden(const TreeFolder& folder) const noexcept {
+        return into_ == CopyInto::hidden && folder.wasCreated;
+    }
+
+    /// Of a folder that was here before, each new entry is asked: somebody may change what it hands on. What
+    /// a folder has none of, those made in it have not either.
     void askForAccessLists(TreeFolder& folder) {
+        const bool isOfNone = folder.wasCreated && folder.parent() && !folder.parent()->handsAccessListsOn;
+        if (isOfNone) {
+            folder.handsAccessListsOn = false;
+            return;
+        }
         int systemError = 0;
         const FolderTree::Handle made =
             folder.wasCreated ? tree_->handle(folder, destinationSide, systemError) : nullptr;
@@ -136,7 +149,9 @@ private:
         int systemError = 0;
         const FolderTree::Handle above = tree_->handle(*folder.parent(), destinationSide, systemError);
         if (!above) fail({systemError, destinationSide}, folder);
-        folder.wasCreated = ::mkdirat(above->get(), folder.name().c_str(), 0700) == 0;
+        // Into what is hidden nobody else can get: its folders have their bits from the start.
+        const mode_t bits = isHidden(*folder.parent()) ? (folder.status.st_mode & 0777) | 0700 : 0700;
+        folder.wasCreated = ::mkdirat(above->get(), folder.name().c_str(), bits) == 0;
         const bool mayGoOn = folder.wasCreated || (errno == EEXIST && mayMerge_);
         if (!mayGoOn) fail({errno, destinationSide}, folder);
     }
@@ -155,6 +170,7 @@ private:
 
     const vfs::AbsoluteIRI source_;
     const vfs::AbsoluteIRI destination_;
+    const CopyInto into_;
     const bool mayMerge_;
     CopiedEntries* const copied_;
     struct ::stat target_ {};
@@ -165,10 +181,10 @@ private:
 
 }  // namespace
 
-void copyTree(OpenTree source, OpenTree destination, bool isNew, provider::ReplacementPolicy policy,
+void copyTree(OpenTree source, OpenTree destination, CopyInto into, provider::ReplacementPolicy policy,
               CopiedEntries* copied) {
-    TreeCopy copy(source.location, destination.location, policy, copied);
-    copy.walkFrom(std::move(source), std::move(destination), isNew);
+    TreeCopy copy(source.location, destination.location, into, policy, copied);
+    copy.walkFrom(std::move(source), std::move(destination));
 }
 
 }  // namespace korvex::runtime::storage::posix

@@ -17,12 +17,17 @@ struct OpenTree {
     foundation::storage::vfs::AbsoluteIRI location;
 };
 
+/// What the folder is that a tree is copied into: one that was here before, one that was made for the
+/// purpose, or one made for the purpose that only its owner can enter and that has a temporary name until it
+/// is whole.
+enum class CopyInto { standing, made, hidden };
+
 /// Copies what is in `source` into `destination`. A folder that exists there takes in the contents of its
-/// counterpart. `isNew` tells that `destination` was made for the purpose: it then gets the permission bits
-/// and times of `source`. When the copy fails, folders that it has made and not finished get them too, but
-/// the owner may enter and write them, so that a second copy can go on. For a move `copied` takes what is
-/// copied, and the owner is kept as far as the process may.
-void copyTree(OpenTree source, OpenTree destination, bool isNew,
+/// counterpart. One that was made for the purpose gets the permission bits and times of `source`. When the
+/// copy fails, folders that it has made and not finished get them too, but the owner may enter and write
+/// them, so that a second copy can go on. For a move `copied` takes what is copied, and the owner is kept as
+/// far as the process may.
+void copyTree(OpenTree source, OpenTree destination, CopyInto into,
               foundation::storage::provider::ReplacementPolicy policy, CopiedEntries* copied = nullptr);
 
 /// Why something is removed. The undoing of what has failed is not stopped by an interrupt, which may be what

@@ -16,6 +16,8 @@ namespace {
 constexpr std::size_t mostThreads = 16;
 /// A folder with fewer entries than this is one piece; of a larger one, each so many entries are one.
 constexpr std::size_t entriesInPiece = 512;
+/// Of a folder whose entries one thread visits, so many are put into the order in which they lie on the disk.
+constexpr std::size_t entriesInOrder = 131072;
 /// Entries are handed to others only while fewer pieces wait than this, so that memory stays bounded.
 constexpr std::size_t mostWaitingEntryPieces = 16;
 
@@ -129,15 +131,17 @@ void TreeWalk::readFolder(const std::shared_ptr<TreeFolder>& folder) {
     int systemError = 0;
     std::vector<WalkedEntry> found;
     std::vector<std::string> below;
+    const bool mayBeSplit = visitor_.splitsFolders();
+    const std::size_t mostFound = mayBeSplit ? entriesInPiece : entriesInOrder;
     while (!isStopped_.load(std::memory_order_relaxed) && entries.next(entry, systemError)) {
         if (entry.kind == EntryKind::folder) {
             below.emplace_back(entry.name);
             if (below.size() == entriesInPiece) putBelow(folder, below);
             continue;
         }
-        found.push_back({entry.name, entry.kind});
-        if (found.size() < entriesInPiece) continue;
-        if (visitor_.splitsFolders() && mayHandOut()) {
+        found.push_back({entry.name, entry.kind, entry.inode});
+        if (found.size() < mostFound) continue;
+        if (mayBeSplit && mayHandOut()) {
             folder->pending.fetch_add(1, std::memory_order_relaxed);
             put({folder, std::move(found)});
         } else {
@@ -167,7 +171,9 @@ bool TreeWalk::mayHandOut() {
 }
 
 void TreeWalk::visitEntries(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
-                            const std::vector<WalkedEntry>& entries) {
+                            std::vector<WalkedEntry>& entries) {
+    const auto isBefore = [](const WalkedEntry& a, const WalkedEntry& b) { return a.inode < b.inode; };
+    if (entries.size() > entriesInPiece) std::sort(entries.begin(), entries.end(), isBefore);
     for (const WalkedEntry& entry : entries) {
         if (isStopped_.load(std::memory_order_relaxed)) return;
         visitor_.visit(folder, handles, entry);

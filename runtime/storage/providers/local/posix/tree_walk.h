@@ -27,6 +27,7 @@ namespace korvex::runtime::storage::posix {
 struct WalkedEntry {
     std::string name;
     EntryKind kind;
+    ino_t inode = 0;
 };
 
 /// What is done on the walk. Called from several threads, but for one folder's `enter` and `leave`, which
@@ -83,7 +84,7 @@ private:
     void readFolder(const std::shared_ptr<TreeFolder>& folder);
     void putBelow(const std::shared_ptr<TreeFolder>& folder, std::vector<std::string>& names);
     void visitEntries(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
-                      const std::vector<WalkedEntry>& entries);
+                      std::vector<WalkedEntry>& entries);
     void finish(std::shared_ptr<TreeFolder> folder);
     void stop(std::exception_ptr failure) noexcept;
     void keep(Piece& piece) noexcept;
