@@ -8,7 +8,8 @@
 //
 // Every operation of a handle raises `UnsupportedIRISchemeException` for a scheme that nobody serves, unless
 // it says that it raises nothing. Listing, transferring and removing, but for one empty folder, raise
-// `vfs::Exception` with `unknownError` while an interrupt is pending; the interrupt stays pending.
+// `vfs::Exception` with `unknownError` while an interrupt is pending; the interrupt stays pending. So does
+// taking protection off on disks.
 #pragma once
 
 #include <boost/variant.hpp>

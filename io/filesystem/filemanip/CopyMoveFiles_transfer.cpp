@@ -44,8 +44,7 @@ bool CopyMoveFiles::ProcessOneFile(const AbsoluteIRI& source, const AbsoluteIRI&
 
     const File sourceFile(source, storageSystem());
     const File targetFile(target, storageSystem());
-    // A move takes the place of a link itself, which is another entry than what it leads to.
-    if (sourceFile == targetFile && (isCopy() || !isLink(targetFile))) {
+    if (sourceFile == targetFile) {
         isIRI_ = false;
         setStatusException("SourceAndDestinationSame", KORVEX::FILE::SourceAndDestinationSame());
         return false;
@@ -65,7 +64,7 @@ void CopyMoveFiles::reportNoSuchFolder(const AbsoluteIRI& target, ExistenceType 
 bool isLink(const vfs::Item& item) {
     try {
         return core::isSymlink(core::getExtendedExistenceType(vfs::getLocation(item), true));
-    } catch (const vfs::Exception&) {
+    } catch (const std::exception&) {
         return false;  // what is done next will tell
     }
 }

@@ -79,17 +79,26 @@ TEST_P(SamePlaceTest, FolderThatOneStandsInIsNeverSentAsAWholeByAnySpelling) {
     EXPECT_EQ(whatIs("p/real"), "folder");
 }
 
-TEST_F(LinksTest, LinkMovesOntoAnotherLinkToTheSameFile) {
+TEST_F(LinksTest, LinkDoesNotMoveOntoAnotherLinkToTheSameFile) {
     link("./file", "other");
-    EXPECT_EQ(move(u"toFile", u"other"), noFailure());
-    EXPECT_EQ(whatIs("other"), "link to file");
-    EXPECT_EQ(whatIs("toFile"), "nothing");
+    EXPECT_EQ(move(u"toFile", u"other"), samePlace(moveCommand));
+    EXPECT_EQ(whatIs("other"), "link to ./file");
+    EXPECT_EQ(whatIs("toFile"), "link to file");
 }
 
-TEST_F(LinksTest, FileMovesOntoALinkToItself) {
-    EXPECT_EQ(move(u"file", u"toFile"), noFailure());
-    EXPECT_EQ(whatIs("toFile"), "F");
-    EXPECT_EQ(whatIs("file"), "nothing");
+TEST_F(LinksTest, FileDoesNotMoveOntoALinkToItself) {
+    EXPECT_EQ(move(u"file", u"toFile"), samePlace(moveCommand));
+    EXPECT_EQ(whatIs("toFile"), "link to file");
+    EXPECT_EQ(whatIs("file"), "F");
+}
+
+TEST_F(LinksTest, LinkDoesNotMoveOntoItselfByAnotherSpelling) {
+    link("folder", "toTheFolder");
+    link("inner", "folder/toInner");
+    const Failure same = samePlace(moveCommand);
+    EXPECT_EQ(move(u"folder/toInner", u"toTheFolder/toInner"), same);
+    EXPECT_EQ(move(u"folder/toInner", u"toTheFolder"), same);
+    EXPECT_EQ(whatIs("folder/toInner"), "link to inner");
 }
 
 TEST_F(LinksTest, LinkToTheFolderThatOneStandsInIsMovedItself) {
