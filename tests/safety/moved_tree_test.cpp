@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <fstream>
 #include <functional>
+#include <utility>
 
 #include "runtime/interpreter/interrupts.h"
 #include "runtime/process/posix/file_descriptor.h"
@@ -331,8 +332,14 @@ TEST_F(MovedTreeTest, LinkIsNotReplacedByOneWhoseWayLeadsThroughIt) {
     writeContent(into / "real" / "file", "content");
     fs::create_directory_symlink("real", into / "link");
     fs::create_directory(source_ / "from");
-    fs::create_symlink("../into/link/file", source_ / "from" / "link");
-    for (const bool isMove : {false, true}) {
+    for (const auto& [target, isMove] : {std::pair("../into/link/file", false),
+                                         {"../into/link/file", true},
+                                         {"../into/way/file", false},
+                                         {"../into/way/file", true}}) {
+        fs::remove(source_ / "from" / "link");
+        fs::remove(into / "way");
+        fs::create_directory_symlink("link", into / "way");
+        fs::create_symlink(target, source_ / "from" / "link");
         const auto merge = [&] {
             const vfs::Folder from = folderAt(source_ / "from");
             isMove ? from.moveFolder(folderAt(into), provider::ReplaceAny)

@@ -144,6 +144,48 @@ TEST_F(NewFolderTest, WhatFailsTakesNothingFromAFolderThatSomebodyMadeMeanwhile)
     expectEntries(1);
 }
 
+TEST_F(NewFolderTest, FoldersOfOthersOnThePathAreNotTouchedWhenALinkIsSwapped) {
+    fs::create_directories(folder_ / "ours");
+    fs::create_directories(folder_ / "theirs" / "target");
+    writeContent(folder_ / "theirs" / "target" / "precious", "theirs");
+    fs::create_directory_symlink("ours", folder_ / "way");
+    for (const SystemCall moment :
+         {SystemCall::makeFolder, SystemCall::read, SystemCall::renameOntoNothing}) {
+        WatchedCalls watched;
+        watched.after(moment, [&] {
+            fs::remove(folder_ / "way");
+            fs::create_directory_symlink("theirs", folder_ / "way");
+        });
+        folderAt(source_).copyFolder(folderAt(folder_ / "way" / "target"), provider::ReplaceWritable);
+        EXPECT_TRUE(isWhole(folder_ / "ours" / "target"));
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "ours"), {}), 1);
+        EXPECT_EQ(contentOf(folder_ / "theirs" / "target" / "precious"), "theirs");
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "theirs" / "target"), {}), 1);
+        fs::remove_all(folder_ / "ours" / "target");
+        fs::remove(folder_ / "way");
+        fs::create_directory_symlink("ours", folder_ / "way");
+    }
+}
+
+TEST_F(NewFolderTest, FolderAboveIsRenamedMeanwhileAndTheCopyGoesWithIt) {
+    fs::create_directories(folder_ / "above");
+    WatchedCalls watched;
+    watched.before(SystemCall::read, [&] { fs::rename(folder_ / "above", folder_ / "renamed"); });
+    folderAt(source_).copyFolder(folderAt(folder_ / "above" / "target"), provider::ReplaceWritable);
+    EXPECT_TRUE(isWhole(folder_ / "renamed" / "target"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "renamed"), {}), 1);
+    expectEntries(1);
+}
+
+TEST_F(NewFolderTest, InterruptBehindTheLastFileLeavesAWholeCopy) {
+    WatchedCalls watched;
+    watched.before(SystemCall::renameOntoNothing, interpreter::raiseInterrupt);
+    copy();
+    EXPECT_TRUE(interpreter::takeInterrupt());
+    EXPECT_TRUE(isWhole(target_));
+    expectEntries(1);
+}
+
 TEST_F(NewFolderTest, FileThatFailsIsRemovedAlsoWhereItsLikesAreKnown) {
     for (int file = 0; file < 8; ++file)
         writeContent(source_ / ("file" + std::to_string(file)), std::string(50'000, 'z'));

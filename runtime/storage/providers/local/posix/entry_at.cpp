@@ -124,16 +124,23 @@ bool isAtOrBelow(EntryAt inner, EntryAt outer) {
 
 EndOfLink::EndOfLink(EntryAt link, const struct ::stat* watched)
     : folder_(link.folder), name_(link.name), watched_(watched) {
-    systemError_ = follow();
+    int linksLeft = mostLinks;
+    systemError_ = follow(linksLeft);
 }
 
-int EndOfLink::follow() {
-    for (int links = 0; links <= mostLinks; ++links) {
+EndOfLink::EndOfLink(EntryAt link, const struct ::stat* watched, int& linksLeft)
+    : folder_(link.folder), name_(link.name), watched_(watched) {
+    systemError_ = follow(linksLeft);
+}
+
+int EndOfLink::follow(int& linksLeft) {
+    for (bool isFirst = true;; isFirst = false) {
         struct ::stat status {};
         if (::fstatat(folder_, name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             return errno == ENOENT ? 0 : errno;
-        if (links > 0 && watched_ != nullptr && isSameFile(status, *watched_)) meetsWatched_ = true;
+        if (!isFirst && watched_ != nullptr && isSameFile(status, *watched_)) meetsWatched_ = true;
         if (!S_ISLNK(status.st_mode)) return 0;
+        if (linksLeft-- == 0) return ELOOP;
         std::string target = linkTargetOf(entry());
         if (target.empty()) return errno;
         // From the folder that holds the link: so no path becomes longer than the system takes.
@@ -142,19 +149,21 @@ int EndOfLink::follow() {
         if (!above) return errno;
         opened_ = std::move(above);
         folder_ = opened_.get();
-        if (leadsThroughWatched(target)) meetsWatched_ = true;
+        if (leadsThroughWatched(target, linksLeft)) meetsWatched_ = true;
         name_ = std::move(target);
     }
-    return ELOOP;
 }
 
-bool EndOfLink::leadsThroughWatched(const std::string& path) const {
+/// In front of a name, as a folder or on the way to one.
+bool EndOfLink::leadsThroughWatched(const std::string& path, int& linksLeft) const {
     if (watched_ == nullptr) return false;
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
         struct ::stat status {};
         const std::string folder = path.substr(0, end);
         if (::fstatat(folder_, folder.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return false;
         if (isSameFile(status, *watched_)) return true;
+        const bool isLink = S_ISLNK(status.st_mode);
+        if (isLink && EndOfLink({folder_, folder.c_str()}, watched_, linksLeft).meetsWatched()) return true;
     }
     return false;
 }

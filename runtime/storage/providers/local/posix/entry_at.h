@@ -53,8 +53,9 @@ public:
     bool meetsWatched() const noexcept { return meetsWatched_; }
 
 private:
-    int follow();
-    bool leadsThroughWatched(const std::string& path) const;
+    EndOfLink(EntryAt link, const struct ::stat* watched, int& linksLeft);
+    int follow(int& linksLeft);
+    bool leadsThroughWatched(const std::string& path, int& linksLeft) const;
 
     FileDescriptor opened_;
     int folder_;

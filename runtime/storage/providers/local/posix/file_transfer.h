@@ -1,10 +1,10 @@
 // The transfer of one entry from folder to folder: a file, a link, a pipe.
 //
 // A new file of at most one page is made in place, exclusively, and written with one call: a kill leaves it
-// whole, empty or not there; so is any file of a tree that is hidden until it is whole. Otherwise a file that
-// takes more than a page has no name until it is whole, where the file system can do so. Where it cannot, and
-// where another file is to be replaced, it is written under a temporary name beside its own and renamed when
-// it is whole. What a failed copy has made is removed again.
+// whole, empty or not there. In a tree that is hidden until it is whole every new file is made in place.
+// Elsewhere one that takes more than a page has no name until it is whole, where the file system can do so.
+// Where it cannot, and where another file is to be replaced, it is written under a temporary name beside its
+// own and renamed when it is whole. What a failed copy has made is removed again.
 #pragma once
 
 #include <atomic>

@@ -14,6 +14,7 @@
 #include "runtime/storage/providers/local/posix/error_code.h"
 #include "runtime/storage/providers/local/posix/file_progress.h"
 #include "runtime/storage/providers/local/posix/file_transfer.h"
+#include "runtime/storage/providers/local/posix/hidden_folder.h"
 #include "runtime/storage/providers/local/posix/leaving.h"
 #include "runtime/storage/providers/local/posix/place.h"
 #include "runtime/storage/providers/local/posix/recent_look.h"
@@ -32,7 +33,7 @@ using posix::EntryKind;
 using posix::Failure;
 using posix::FileDescriptor;
 using posix::FileTransfer;
-using posix::OpenTree;
+using posix::HiddenFolder;
 using posix::Place;
 using posix::raiseSystemError;
 
@@ -73,27 +74,6 @@ void refuseOwnSubtree(LocalProvider& local, const AbsoluteIRI& source, const Abs
         throw vfs::Exception(vfs::invalidLocation, destination, context);
 }
 
-/// The folder at the destination, made now or taken as it is.
-struct DestinationFolder {
-    FileDescriptor folder;
-    bool isNew;
-};
-
-FileDescriptor openTaker(const Place& place, int flags, const AbsoluteIRI& location) {
-    FileDescriptor folder(::openat(place.folder(), place.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
-    if (!folder) raiseSystemError(errno == ENOTDIR || errno == ELOOP ? EEXIST : errno, location, copying);
-    return folder;
-}
-
-DestinationFolder openDestination(const Place& place, const AbsoluteIRI& location, ReplacementPolicy policy) {
-    const bool isNew = ::mkdirat(place.folder(), place.name(), 0700) == 0;
-    if (!isNew && (errno != EEXIST || policy == provider::ReplaceWritable)) {
-        raiseSystemError(errno, location, copying);
-    }
-    // A folder that was there may be named by a link. In place of a new one a link is somebody's trap.
-    return {openTaker(place, isNew ? O_NOFOLLOW : 0, location), isNew};
-}
-
 [[noreturn]] void raiseRenameFailure(int systemError, const Place& from, const AbsoluteIRI& source,
                                      const AbsoluteIRI& destination) {
     const bool isAtSource = posix::sideOfFailedRenaming(from.entry(), systemError) == posix::sourceSide;
@@ -113,70 +93,54 @@ bool isOnAnotherDevice(const Place& destination, const struct ::stat& source) {
     return statusAt(above, 0, folder) && folder.st_dev != source.st_dev;
 }
 
-FileDescriptor openAgain(const FileDescriptor& folder, const AbsoluteIRI& location, const char16_t* context) {
-    FileDescriptor opened(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+FileDescriptor openAgain(int folder, const AbsoluteIRI& location, const char16_t* context) {
+    FileDescriptor opened(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) raiseSystemError(errno, location, context);
     return opened;
 }
 
-/// Removes what was made on the way to something that failed; what went wrong first is what is told. By its
-/// handle: under its name somebody may have put a folder of theirs.
-void undo(const FileDescriptor& made, const Place& place, const AbsoluteIRI& location) noexcept {
+/// Copies to where nothing stands, under a temporary name until the copy is whole. False when nothing has
+/// come of it: something has come to stand there meanwhile, or the disk does not rename folders.
+bool copyHidden(int source, const AbsoluteIRI& sourceLocation, const Place& place,
+                const AbsoluteIRI& location, ReplacementPolicy policy) {
+    HiddenFolder copy(place, location);
+    if (copy.systemError() != 0) return false;
     try {
-        ::fchmod(made.get(), S_IRWXU);
-        posix::removeTreeContents({openAgain(made, location, moving), location}, posix::Purpose::undoing);
-        ::unlinkat(place.folder(), place.name(), AT_REMOVEDIR);
-    } catch (const std::exception&) {
-        // What cannot be removed stays under its temporary name.
-    }
-}
-
-/// A copy that is whole gets its name. Where somebody has made a folder of that name meanwhile, it takes in
-/// what was copied, if the policy has it so; else the copy goes again.
-void reveal(const FileDescriptor& copy, const Place& hidden, const Place& place, const AbsoluteIRI& location,
-            ReplacementPolicy policy) {
-    const int systemError = posix::renameOntoNothing(hidden.entry(), place.entry());
-    if (systemError == 0) return;
-    try {
-        const bool mayMerge = systemError == EEXIST && policy != provider::ReplaceWritable;
-        if (!mayMerge) raiseSystemError(systemError, location, copying);
-        posix::moveTreeContents({openAgain(copy, location, copying), location},
-                                {openTaker(place, O_NOFOLLOW, location), location}, policy);
+        posix::copyTree({openAgain(source, sourceLocation, copying), sourceLocation},
+                        {openAgain(copy.handle(), location, copying), location}, CopyInto::hidden, policy);
     } catch (...) {
-        undo(copy, hidden, location);
+        // What has been copied by then stays, each file of it whole, unless the name is taken.
+        copy.publish();
         throw;
     }
-    ::unlinkat(hidden.folder(), hidden.name(), AT_REMOVEDIR);
+    return copy.publish() == 0;
 }
 
-/// Fills a folder that was made for it, under a temporary name until it is whole: what a kill leaves of it
-/// nobody takes for the tree. Where a folder cannot be renamed it is filled where it is.
-void copyIntoNew(OpenTree source, FileDescriptor made, const Place& place, const AbsoluteIRI& location,
-                 ReplacementPolicy policy) {
-    const Place hidden(place, posix::temporaryName());
-    const bool isHidden = posix::renameOntoNothing(place.entry(), hidden.entry()) == 0;
-    const FileDescriptor copy = openAgain(made, location, copying);
-    try {
-        posix::copyTree(std::move(source), {std::move(made), location},
-                        isHidden ? CopyInto::hidden : CopyInto::made, policy);
-    } catch (...) {
-        // What has been copied by then stays, each file of it whole.
-        if (isHidden && posix::renameOntoNothing(hidden.entry(), place.entry()) != 0)
-            undo(copy, hidden, location);
-        throw;
+/// Copies under the name itself, into a folder that is made for it or stands there. One that stood there from
+/// the beginning may be named by a link. Where nothing stood a link is somebody's trap.
+void copyOpenly(int source, const AbsoluteIRI& sourceLocation, const Place& place,
+                const AbsoluteIRI& location, ReplacementPolicy policy, bool mayBeLink) {
+    int systemError = 0;
+    FileDescriptor folder = posix::makeOwnFolder(place.entry(), systemError);
+    const CopyInto into = folder ? CopyInto::made : CopyInto::standing;
+    if (systemError == EEXIST && policy != provider::ReplaceWritable) {
+        const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (mayBeLink ? 0 : O_NOFOLLOW);
+        folder = FileDescriptor(::openat(place.folder(), place.name(), flags));
+        systemError = folder ? 0 : errno == ENOTDIR || errno == ELOOP ? EEXIST : errno;
     }
-    if (isHidden) reveal(copy, hidden, place, location, policy);
+    if (systemError != 0) raiseSystemError(systemError, location, copying);
+    posix::copyTree({openAgain(source, sourceLocation, copying), sourceLocation},
+                    {std::move(folder), location}, into, policy);
 }
 
 /// What was copied has to reach the storage before its source goes.
-void settle(const FileDescriptor& copy, const CopiedEntries& copied, const AbsoluteIRI& destination) {
-    const int systemError =
-        copied.reachesFurtherDisks() ? posix::syncAll() : posix::syncFileSystem(copy.get());
+void settle(int copy, const CopiedEntries& copied, const AbsoluteIRI& destination) {
+    const int systemError = copied.reachesFurtherDisks() ? posix::syncAll() : posix::syncFileSystem(copy);
     if (systemError != 0) raiseSystemError(systemError, destination, moving);
 }
 
-/// The folder that is to be emptied, opened by its name. By then another one may stand there: one that
-/// somebody has put there, or what a link on its path leads to that was just replaced.
+/// The folder that is to be emptied. It is held open until it is gone: by its path another one may be found
+/// later, one that somebody has put there, or what a link on the way leads to that was just replaced.
 FileDescriptor openToEmpty(const Place& place, const AbsoluteIRI& location, const struct ::stat& wanted) {
     FileDescriptor folder = openForReading(place, O_NOFOLLOW, location, moving);
     struct ::stat opened {};
@@ -202,12 +166,12 @@ void removeEmptied(const Place& place, const AbsoluteIRI& location, const struct
     raiseSystemError(unlessEmpty, location, moving);
 }
 
-void removeCopied(const Place& place, const AbsoluteIRI& location, const struct ::stat& folder,
+void removeCopied(const Place& place, int folder, const AbsoluteIRI& location, const struct ::stat& status,
                   const CopiedEntries& copied) {
     const auto empty = [&] {
-        posix::removeCopiedContents({openToEmpty(place, location, folder), location}, copied);
+        posix::removeCopiedContents({openAgain(folder, location, moving), location}, copied);
     };
-    removeEmptied(place, location, folder, empty, EBUSY);
+    removeEmptied(place, location, status, empty, EBUSY);
 }
 
 /// Between file systems: the tree is copied under a temporary name, renamed, and only then removed at its
@@ -216,24 +180,20 @@ void moveFolderByCopying(const AbsoluteIRI& source, const Place& from, const str
                          const AbsoluteIRI& destination, const Place& to, ReplacementPolicy policy) {
     refuseImmovable(from, source);
     CopiedEntries copied;
-    const Place staging(to, posix::temporaryName());
-    if (::mkdirat(staging.folder(), staging.name(), 0700) != 0) raiseSystemError(errno, destination, moving);
-    const FileDescriptor copy = openForReading(staging, O_NOFOLLOW, destination, moving);
-    try {
-        posix::copyTree({openToEmpty(from, source, leaving), source},
-                        {openAgain(copy, destination, moving), destination}, CopyInto::hidden, policy,
-                        &copied);
-        settle(copy, copied, destination);
-        const int systemError = posix::renameOntoNothing(staging.entry(), to.entry());
-        if (systemError != 0) raiseSystemError(systemError, destination, moving);
-    } catch (...) {
-        undo(copy, staging, destination);
-        throw;
+    const FileDescriptor folder = openToEmpty(from, source, leaving);
+    {
+        HiddenFolder copy(to, destination);
+        if (copy.systemError() != 0) raiseSystemError(copy.systemError(), destination, moving);
+        posix::copyTree({openAgain(folder.get(), source, moving), source},
+                        {openAgain(copy.handle(), destination, moving), destination}, CopyInto::hidden,
+                        policy, &copied);
+        settle(copy.handle(), copied, destination);
+        if (const int systemError = copy.publish()) raiseSystemError(systemError, destination, moving);
     }
     if (const int systemError = posix::syncFolderOf(to.folder(), to.name()))
         raiseSystemError(systemError, destination, moving);
     copied.close();
-    removeCopied(from, source, leaving, copied);
+    removeCopied(from, folder.get(), source, leaving, copied);
 }
 
 /// Into a folder that exists: entry by entry where they can be renamed; between file systems all are copied
@@ -242,14 +202,15 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
                  const struct ::stat& leaving, const AbsoluteIRI& destination, const Place& to,
                  ReplacementPolicy policy) {
     refuseMergeOntoItself(local, source, destination);
-    const auto openSource = [&] { return openToEmpty(from, source, leaving); };
+    const FileDescriptor folder = openToEmpty(from, source, leaving);
+    const auto openSource = [&] { return openAgain(folder.get(), source, moving); };
     const auto openTarget = [&] {
         FileDescriptor into(::openat(to.folder(), to.name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!into) raiseSystemError(errno == ENOTDIR ? EEXIST : errno, destination, moving);
         return into;
     };
     // It is emptied and could not go in the end: what is mounted stays where it is.
-    if (posix::isMountPoint(openSource().get())) raiseSystemError(EBUSY, source, moving);
+    if (posix::isMountPoint(folder.get())) raiseSystemError(EBUSY, source, moving);
     const FileDescriptor into = openTarget();
     struct ::stat standing {};
     const bool areApart = ::fstat(into.get(), &standing) == 0 && leaving.st_dev != standing.st_dev;
@@ -258,9 +219,9 @@ void mergeFolder(LocalProvider& local, const AbsoluteIRI& source, const Place& f
         CopiedEntries copied;
         posix::copyTree({openSource(), source}, {openTarget(), destination}, CopyInto::standing, policy,
                         &copied);
-        settle(into, copied, destination);
+        settle(into.get(), copied, destination);
         copied.close();
-        return removeCopied(from, source, leaving, copied);
+        return removeCopied(from, folder.get(), source, leaving, copied);
     }
     const auto empty = [&] {
         posix::moveTreeContents({openSource(), source}, {openTarget(), destination}, policy);
@@ -328,14 +289,13 @@ void LocalProvider::copyFolder(const AbsoluteIRI& source, const AbsoluteIRI& des
     stopIfInterrupted(source);
     posix::forgetWritable();
     const Place from(source);
-    FileDescriptor folder = openForReading(from, 0, source, copying);
+    const FileDescriptor folder = openForReading(from, 0, source, copying);
     refuseOwnSubtree(*this, source, destination, copying);
     const Place to(destination);
-    DestinationFolder target = openDestination(to, destination, policy);
-    if (target.isNew)
-        return copyIntoNew({std::move(folder), source}, std::move(target.folder), to, destination, policy);
-    posix::copyTree({std::move(folder), source}, {std::move(target.folder), destination}, CopyInto::standing,
-                    policy);
+    struct ::stat standing {};
+    const bool isNew = !statusAt(to, AT_SYMLINK_NOFOLLOW, standing) && errno == ENOENT;
+    if (isNew && copyHidden(folder.get(), source, to, destination, policy)) return;
+    copyOpenly(folder.get(), source, to, destination, policy, !isNew);
 }
 
 void LocalProvider::moveFolder(const AbsoluteIRI& source, const AbsoluteIRI& destination,

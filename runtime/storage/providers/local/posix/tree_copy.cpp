@@ -149,8 +149,10 @@ private:
         int systemError = 0;
         const FolderTree::Handle above = tree_->handle(*folder.parent(), destinationSide, systemError);
         if (!above) fail({systemError, destinationSide}, folder);
-        // Into what is hidden nobody else can get: its folders have their bits from the start.
-        const mode_t bits = isHidden(*folder.parent()) ? (folder.status.st_mode & 0777) | 0700 : 0700;
+        // Into what is hidden nobody else can get: its folders have their bits from the start. But the
+        // group's bits would be what an access list from the folder above grants to others.
+        const bool hasBits = isHidden(*folder.parent()) && !folder.parent()->handsAccessListsOn;
+        const mode_t bits = hasBits ? (folder.status.st_mode & 0777) | 0700 : 0700;
         folder.wasCreated = ::mkdirat(above->get(), folder.name().c_str(), bits) == 0;
         const bool mayGoOn = folder.wasCreated || (errno == EEXIST && mayMerge_);
         if (!mayGoOn) fail({errno, destinationSide}, folder);

@@ -31,7 +31,7 @@ void copyTree(OpenTree source, OpenTree destination, CopyInto into,
               foundation::storage::provider::ReplacementPolicy policy, CopiedEntries* copied = nullptr);
 
 /// Why something is removed. The undoing of what has failed is not stopped by an interrupt, which may be what
-/// it failed with, and gets into every folder of its own.
+/// it failed with, gets into every folder of its own, and tells no progress.
 enum class Purpose { removal, undoing };
 
 /// Removes what is in the folder, but not the folder.

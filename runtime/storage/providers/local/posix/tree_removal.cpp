@@ -59,13 +59,14 @@ public:
     void visit(TreeFolder& folder, const FolderTree::Handle (&handles)[2],
                const WalkedEntry& entry) override {
         if (isInterrupted()) stopIfInterrupted(locationIn(location_, folder, entry.name));
-        progress_.found(1, 0);
+        if (purpose_ == Purpose::removal) progress_.found(1, 0);
         if (::unlinkat(handles[sourceSide]->get(), entry.name.c_str(), 0) != 0) {
             // Gone already, or a folder by now: then the folder is read again, and finds it.
             const bool hasChanged = errno == ENOENT || errno == EISDIR;
             if (!hasChanged) raiseSystemError(errno, locationIn(location_, folder, entry.name), context);
         }
-        progress_.finished(1, 0, [&] { return locationIn(location_, folder, entry.name); });
+        if (purpose_ == Purpose::removal)
+            progress_.finished(1, 0, [&] { return locationIn(location_, folder, entry.name); });
     }
 
     bool leave(TreeFolder& folder) override {

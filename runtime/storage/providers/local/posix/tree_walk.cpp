@@ -18,6 +18,8 @@ constexpr std::size_t mostThreads = 16;
 constexpr std::size_t entriesInPiece = 512;
 /// Of a folder whose entries one thread visits, so many are put into the order in which they lie on the disk.
 constexpr std::size_t entriesInOrder = 131072;
+/// As far as their names take no more bytes than this.
+constexpr std::size_t mostBytesInOrder = std::size_t{4} << 20;
 /// Entries are handed to others only while fewer pieces wait than this, so that memory stays bounded.
 constexpr std::size_t mostWaitingEntryPieces = 16;
 
@@ -133,6 +135,7 @@ void TreeWalk::readFolder(const std::shared_ptr<TreeFolder>& folder) {
     std::vector<std::string> below;
     const bool mayBeSplit = visitor_.splitsFolders();
     const std::size_t mostFound = mayBeSplit ? entriesInPiece : entriesInOrder;
+    std::size_t bytes = 0;
     while (!isStopped_.load(std::memory_order_relaxed) && entries.next(entry, systemError)) {
         if (entry.kind == EntryKind::folder) {
             below.emplace_back(entry.name);
@@ -140,7 +143,9 @@ void TreeWalk::readFolder(const std::shared_ptr<TreeFolder>& folder) {
             continue;
         }
         found.push_back({entry.name, entry.kind, entry.inode});
-        if (found.size() < mostFound) continue;
+        bytes += found.back().name.size();
+        if (found.size() < mostFound && bytes < mostBytesInOrder) continue;
+        bytes = 0;
         if (mayBeSplit && mayHandOut()) {
             folder->pending.fetch_add(1, std::memory_order_relaxed);
             put({folder, std::move(found)});
