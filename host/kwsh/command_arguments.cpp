@@ -74,6 +74,7 @@ std::u16string reasonWithFolder(vfs::ErrorCode code) {
         case vfs::resourceNotFound: return catalogText(messages::reasonFolderNotThere());
         case vfs::invalidLocation: return catalogText(messages::reasonNoFolder());
         case vfs::permissionDenied: return catalogText(messages::reasonFolderNotEntered());
+        case vfs::unsupportedOperation: return catalogText(messages::reasonNotLocal());
         default: return catalogText(messages::reasonNoAnswer());
     }
 }

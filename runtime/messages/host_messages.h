@@ -93,6 +93,7 @@ using reasonNoFolder = resource_core::Message<"KORVEX:host:reasonNoFolder", 0>;
 using reasonNoLocalFile = resource_core::Message<"KORVEX:host:reasonNoLocalFile", 0>;
 using reasonNoSourceFile = resource_core::Message<"KORVEX:host:reasonNoSourceFile", 0>;
 using reasonNotFoundByName = resource_core::Message<"KORVEX:host:reasonNotFoundByName", 0>;
+using reasonNotLocal = resource_core::Message<"KORVEX:host:reasonNotLocal", 0>;
 using reasonNotLookedAt = resource_core::Message<"KORVEX:host:reasonNotLookedAt", 0>;
 using reasonNotThere = resource_core::Message<"KORVEX:host:reasonNotThere", 0>;
 using repeatedMatrixOnly = resource_core::Message<"KORVEX:host:repeatedMatrixOnly", 0>;
@@ -144,11 +145,11 @@ using HostVocabulary = std::tuple<
     host::outputNotGiven, host::packageForm, host::packageNeedsName, host::partOutsideOfBlock,
     host::partTwice, host::reasonFolderNotEntered, host::reasonFolderNotThere, host::reasonNoAnswer,
     host::reasonNoFolder, host::reasonNoLocalFile, host::reasonNoSourceFile, host::reasonNotFoundByName,
-    host::reasonNotLookedAt, host::reasonNotThere, host::repeatedMatrixOnly, host::reshapedCountDiffers,
-    host::rowsDiffer, host::signNeedsNumber, host::singleOperator, host::sizeNotOneNumber, host::sizeNotWhole,
-    host::sizesNotNumbers, host::sourceFileNotNamed, host::stringsJoinRows, host::structureFieldsOnly,
-    host::syntaxAt, host::textNeeded, host::textNotClosed, host::tooManyOutputs, host::undefinedName,
-    host::unitsOfTextOnly, host::unknownClass, host::warningForm, host::withoutTexts, host::wordIsNoValue,
-    host::wordIsNoVariable, host::wordsBehindNoCommand>;
+    host::reasonNotLocal, host::reasonNotLookedAt, host::reasonNotThere, host::repeatedMatrixOnly,
+    host::reshapedCountDiffers, host::rowsDiffer, host::signNeedsNumber, host::singleOperator,
+    host::sizeNotOneNumber, host::sizeNotWhole, host::sizesNotNumbers, host::sourceFileNotNamed,
+    host::stringsJoinRows, host::structureFieldsOnly, host::syntaxAt, host::textNeeded, host::textNotClosed,
+    host::tooManyOutputs, host::undefinedName, host::unitsOfTextOnly, host::unknownClass, host::warningForm,
+    host::withoutTexts, host::wordIsNoValue, host::wordIsNoVariable, host::wordsBehindNoCommand>;
 
 }  // namespace KORVEX
