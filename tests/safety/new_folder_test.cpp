@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <map>
@@ -206,6 +207,21 @@ TEST_F(NewFolderTest, FileThatFailsIsRemovedAlsoWhereItsLikesAreKnown) {
     }
     EXPECT_GT(copies, 0);
     EXPECT_LT(copies, 10);
+}
+
+TEST_F(NewFolderTest, GroupThatTheFolderAboveHandsOnReachesEveryEntry) {
+    fs::create_directory(folder_ / "shared");
+    // Where the process may not give a group away, it hands on its own one.
+    [[maybe_unused]] const int result = ::chown((folder_ / "shared").c_str(), static_cast<uid_t>(-1), 1);
+    ASSERT_EQ(::chmod((folder_ / "shared").c_str(), 02775), 0);
+    struct ::stat above {};
+    ASSERT_EQ(::stat((folder_ / "shared").c_str(), &above), 0);
+    folderAt(source_).copyFolder(folderAt(folder_ / "shared" / "copy"), provider::ReplaceWritable);
+    for (const char* entry : {"", "first", "inner", "inner/second"}) {
+        struct ::stat status {};
+        ASSERT_EQ(::stat((folder_ / "shared" / "copy" / entry).c_str(), &status), 0);
+        EXPECT_EQ(status.st_gid, above.st_gid) << entry;
+    }
 }
 
 TEST_F(NewFolderTest, EveryEntryHasTheBitsOfItsSourceWhateverTheMaskIs) {

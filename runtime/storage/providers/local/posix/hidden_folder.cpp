@@ -59,12 +59,16 @@ FileDescriptor makeOwnFolder(EntryAt entry, int& systemError) noexcept {
     // In its place a link is somebody's trap.
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     FileDescriptor folder(::openat(entry.folder, entry.name, flags));
-    // The mask may have taken the owner's bits away.
-    const bool isShut = !folder && errno == EACCES;
-    if (isShut && ::fchmodat(entry.folder, entry.name, S_IRWXU, AT_SYMLINK_NOFOLLOW) == 0)
+    // The mask may have taken the owner's bits away. What the folder above hands on, such as its group,
+    // stays.
+    struct ::stat made {};
+    const bool isShut =
+        !folder && errno == EACCES && ::fstatat(entry.folder, entry.name, &made, AT_SYMLINK_NOFOLLOW) == 0;
+    const auto ownBits = [&made] { return (made.st_mode & 07777) | S_IRWXU; };
+    if (isShut && ::fchmodat(entry.folder, entry.name, ownBits(), AT_SYMLINK_NOFOLLOW) == 0)
         folder = FileDescriptor(::openat(entry.folder, entry.name, flags));
-    if (folder) {
-        ::fchmod(folder.get(), S_IRWXU);
+    if (folder && ::fstat(folder.get(), &made) == 0) {
+        if ((made.st_mode & S_IRWXU) != S_IRWXU) ::fchmod(folder.get(), ownBits());
         return folder;
     }
     systemError = errno == ENOTDIR || errno == ELOOP ? EEXIST : errno;
